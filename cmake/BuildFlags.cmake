@@ -1,0 +1,14 @@
+# The flags that every target of the project is compiled with.
+add_library(vantrel_build_flags INTERFACE)
+target_compile_options(vantrel_build_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-align=strict -Wundef
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+    $<$<BOOL:${VANTREL_WARNINGS_AS_ERRORS}>:-Werror>)
+# File offsets and times are 64 bits wide on 32-bit platforms too.
+target_compile_definitions(vantrel_build_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+
+if(VANTREL_SANITIZERS)
+    target_compile_options(vantrel_build_flags INTERFACE
+        -fsanitize=${VANTREL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(vantrel_build_flags INTERFACE -fsanitize=${VANTREL_SANITIZERS})
+endif()

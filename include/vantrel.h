@@ -1,0 +1,751 @@
+/*
+ * Vantrel: keyed record files behind a flat C interface.
+ *
+ * A file holds records of fixed or variable length. Indexes, defined over fields of the record, give the
+ * orders in which records are found and read. Programs work on opaque handles, and every request is handed
+ * to a record-manager engine.
+ *
+ * CONVENTIONS
+ *
+ * 1. Handles. Everything is reached through handles. Each kind has an ...Allocate function with an out
+ *    pointer (VANTREL_STATUS_INVALID_POINTER_PARAMETER where that is null; when memory runs out,
+ *    VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE and the out pointer becomes null) and a ...Free
+ *    function. File handles come from VantrelClientFileOpen and end with VantrelClientFileClose.
+ * 2. Ownership. The caller owns every handle it allocates, frees each once, and closes the files of a client
+ *    before freeing the client. A handle given to another function is copied or only read during the call,
+ *    never kept, with one exception: a file keeps a reference to its client. Buffers belong to the caller;
+ *    the library reads or writes them only during the call. Texts returned as const char * are constant and
+ *    must not be freed.
+ * 3. Statuses. A VantrelStatus of 0 is success, anything else a code whose text VantrelStatusCodeToString
+ *    gives. Functions return it or a value; most also keep it in a handle as its last status: functions that
+ *    take a client first keep it in the client, operations on an open file in the file, getters and setters
+ *    in the record they are called on, where the function's description does not say otherwise. Statuses of
+ *    the engine pass through unchanged.
+ * 4. Checks. Handles are checked first, then pointers, then enumerations and ranges; a function that refuses
+ *    its arguments changes nothing else and makes no request. A null handle gives
+ *    VANTREL_STATUS_INVALID_POINTER_PARAMETER, a null file VANTREL_STATUS_FILE_NOT_OPEN; neither can be kept.
+ *    A file without a client gives VANTREL_STATUS_INVALID_POINTER_PARAMETER, a value out of range
+ *    VANTREL_STATUS_INVALID_OPTION. Sizes and counts are compared as unsigned numbers, so that negative ones
+ *    are out of range.
+ * 5. Getters. A getter returns the value and clears the last status of its handle to 0. Failing, it returns
+ *    -1, or -7 where the value is an enumeration or an index, and keeps the reason as the last status.
+ *    Functions that read a record return the number of bytes or -1. ...GetLastStatusCode returns the last
+ *    status without clearing it.
+ * 6. Text. Narrow text is zero-terminated and in the encoding of the file system. Functions ending in W take
+ *    or give wide text, converted in the current locale (setlocale) through 4096 bytes: what does not fit
+ *    them with its terminator gives VANTREL_STATUS_INVALID_OPTION.
+ * 7. Numbers. Offsets count bytes from 0, lengths are bytes, enumerations are 32 bits wide. Numbers inside
+ *    keys and records are the program's own bytes; the key types define their meaning.
+ * 8. Threads. The library has no threads, locks or global state. A client, its files and every other handle
+ *    must not be used by two threads at once; different clients may be. Each thread normally allocates its
+ *    own client, which is a session of its own to the engine.
+ *
+ * EXAMPLE
+ *
+ * Create a file of 12-byte records with an index on the number in front, insert a record and read it back:
+ *
+ *     VantrelClient *client;
+ *     VantrelFile *file;
+ *     VantrelFileAttributes *attributes;
+ *     VantrelIndexAttributes *index;
+ *     VantrelKeySegment *segment;
+ *     char key[4] = {7, 0, 0, 0}, record[12];
+ *
+ *     VantrelClientAllocate(&client, 0, 0);
+ *     VantrelFileAttributesAllocate(&attributes);
+ *     VantrelFileAttributesSetFixedRecordLength(attributes, sizeof record);
+ *     VantrelKeySegmentAllocate(&segment);
+ *     VantrelKeySegmentSetField(segment, 0, 4, VANTREL_DATA_TYPE_UNSIGNED_BINARY);
+ *     VantrelIndexAttributesAllocate(&index);
+ *     VantrelIndexAttributesAddKeySegment(index, segment);
+ *     VantrelClientFileCreate(client, attributes, index, "parts.vnt", VANTREL_CREATE_MODE_OVERWRITE,
+ *                             VANTREL_LOCATION_MODE_DEFAULT);
+ *     VantrelStatus status = VantrelClientFileOpen(client, &file, "parts.vnt", NULL, VANTREL_OPEN_MODE_NORMAL,
+ *                                                  VANTREL_OPEN_VARIANT_DEFAULT);
+ *     if (status != VANTREL_STATUS_NO_ERROR)
+ *         return fprintf(stderr, "parts.vnt: %s\n", VantrelStatusCodeToString(status));
+ *     VantrelFileRecordCreate(file, "\7\0\0\0a sprocket", 12);
+ *     if (VantrelFileRecordRetrieve(file, VANTREL_COMPARISON_EQUAL, 0, key, sizeof key, record, sizeof record,
+ *                                   VANTREL_LOCK_MODE_NONE) >= 0)
+ *         printf("%.8s\n", record + 4);
+ *     VantrelClientFileClose(client, file);
+ */
+#ifndef VANTREL_H
+#define VANTREL_H
+
+#include <stdint.h>
+#include <wchar.h>
+
+#if defined(VANTREL_BUILDING_LIBRARY)
+#define VANTREL_API __attribute__((visibility("default")))
+#else
+#define VANTREL_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* HANDLES */
+
+typedef struct VantrelClient VantrelClient;                         /* a session with the engine */
+typedef struct VantrelFile VantrelFile;                             /* an open file and a position in it */
+typedef struct VantrelVersion VantrelVersion;                       /* versions of the engine's parts */
+typedef struct VantrelKeySegment VantrelKeySegment;                 /* one field of a key */
+typedef struct VantrelIndexAttributes VantrelIndexAttributes;       /* an index to be created */
+typedef struct VantrelFileAttributes VantrelFileAttributes;         /* a file to be created */
+typedef struct VantrelFilter VantrelFilter;                         /* a condition of a bulk operation */
+typedef struct VantrelBulkRetrieveAttributes VantrelBulkRetrieveAttributes; /* what a bulk retrieve asks for */
+typedef struct VantrelBulkRetrieveResult VantrelBulkRetrieveResult; /* what a bulk retrieve brought */
+typedef struct VantrelBulkDeleteAttributes VantrelBulkDeleteAttributes;     /* what a bulk delete asks for */
+typedef struct VantrelBulkDeleteResult VantrelBulkDeleteResult;     /* what a bulk delete removed */
+typedef struct VantrelBulkCreatePayload VantrelBulkCreatePayload;   /* records to be inserted together */
+typedef struct VantrelBulkCreateResult VantrelBulkCreateResult;     /* where they were inserted */
+typedef struct VantrelFileInformation VantrelFileInformation;       /* what the engine reports of a file */
+
+/* PLAIN VALUES */
+
+/* The address of a record in its file. Only its identity has a meaning; -1 is never one. */
+typedef int64_t VantrelCursorPosition;
+
+/* Ticks of 100 nanoseconds since 0001-01-01 00:00:00. */
+typedef int64_t VantrelTimestamp;
+
+/* An index of a file, counted from 0. */
+typedef int32_t VantrelIndex;
+enum {
+    VANTREL_INDEX_NONE = -1, /* the physical order of the records */
+    VANTREL_INDEX_MAXIMUM = 118,
+    VANTREL_INDEX_SYSTEM_VERSION_2 = 124, /* the time of the last update */
+    VANTREL_INDEX_SYSTEM = 125            /* the time of creation */
+};
+
+/* ENUMERATIONS */
+
+/* The lock that a read takes on the record. A single lock replaces the file handle's previous one, multiple
+ * locks add up. "Wait" waits for another session's lock, "no wait" gives VANTREL_STATUS_RECORD_IN_USE. */
+typedef int32_t VantrelLockMode;
+enum {
+    VANTREL_LOCK_MODE_NONE = 0,
+    VANTREL_LOCK_MODE_SINGLE_WAIT = 1,
+    VANTREL_LOCK_MODE_SINGLE_NO_WAIT = 2,
+    VANTREL_LOCK_MODE_MULTIPLE_WAIT = 3,
+    VANTREL_LOCK_MODE_MULTIPLE_NO_WAIT = 4
+};
+
+/* Which locks VantrelFileRecordUnlock releases. */
+typedef int32_t VantrelUnlockMode;
+enum {
+    VANTREL_UNLOCK_MODE_SINGLE = 0,
+    VANTREL_UNLOCK_MODE_ALL_MULTIPLE = 1
+};
+
+/* How a key, or a field of a filter, compares with the value given. The pattern comparisons are for filters
+ * only; searching by key knows neither them nor VANTREL_COMPARISON_NOT_EQUAL. */
+typedef int32_t VantrelComparison;
+enum {
+    VANTREL_COMPARISON_NONE = 0,
+    VANTREL_COMPARISON_EQUAL = 1,
+    VANTREL_COMPARISON_GREATER = 2,
+    VANTREL_COMPARISON_LESS = 3,
+    VANTREL_COMPARISON_NOT_EQUAL = 4,
+    VANTREL_COMPARISON_GREATER_OR_EQUAL = 5,
+    VANTREL_COMPARISON_LESS_OR_EQUAL = 6,
+    VANTREL_COMPARISON_LIKE = 7,
+    VANTREL_COMPARISON_NOT_LIKE = 8,
+    VANTREL_COMPARISON_REGULAR_EXPRESSION = 9
+};
+
+/* How a filter is joined to the next one; evaluation goes strictly from the first filter to the last. */
+typedef int32_t VantrelConnector;
+enum {
+    VANTREL_CONNECTOR_LAST = 0,
+    VANTREL_CONNECTOR_AND = 1,
+    VANTREL_CONNECTOR_OR = 2
+};
+
+/* The type of a field, which decides how its bytes compare. Numbers are little-endian. */
+typedef int32_t VantrelDataType;
+enum {
+    VANTREL_DATA_TYPE_CHAR = 0,              /* bytes */
+    VANTREL_DATA_TYPE_ZSTRING = 1,           /* bytes up to a zero byte */
+    VANTREL_DATA_TYPE_INTEGER = 2,           /* signed, 1 to 8 bytes */
+    VANTREL_DATA_TYPE_UNSIGNED_BINARY = 3,   /* unsigned */
+    VANTREL_DATA_TYPE_FLOAT = 4,             /* IEEE 754, 4 or 8 bytes */
+    VANTREL_DATA_TYPE_AUTOINCREMENT = 5,     /* 2, 4 or 8 bytes; 0 is replaced by the next value at insert */
+    VANTREL_DATA_TYPE_DATE = 6,              /* day, month (1 byte each), year (2 bytes) */
+    VANTREL_DATA_TYPE_NUMERIC_STS = 7,       /* digits, sign behind them in a byte of its own */
+    VANTREL_DATA_TYPE_TIME = 8,              /* hundredths, seconds, minutes, hours (1 byte each) */
+    VANTREL_DATA_TYPE_NUMERIC_SA = 9,        /* digits, sign overpunched in the last one, ASCII style */
+    VANTREL_DATA_TYPE_DECIMAL = 10,          /* packed decimal */
+    VANTREL_DATA_TYPE_CURRENCY = 11,         /* signed ten-thousandths, 8 bytes */
+    VANTREL_DATA_TYPE_MONEY = 12,            /* packed decimal with two places */
+    VANTREL_DATA_TYPE_TIMESTAMP = 13,        /* VantrelTimestamp, 8 bytes */
+    VANTREL_DATA_TYPE_LOGICAL = 14,          /* 1 or 2 bytes */
+    VANTREL_DATA_TYPE_WSTRING = 15,          /* UTF-16, little-endian */
+    VANTREL_DATA_TYPE_NUMERIC = 16,          /* digits, sign overpunched in the last one */
+    VANTREL_DATA_TYPE_WZSTRING = 17,         /* UTF-16, little-endian, up to a zero unit */
+    VANTREL_DATA_TYPE_BFLOAT = 18,           /* the old binary float with excess-128 exponent, 4 or 8 bytes */
+    VANTREL_DATA_TYPE_GUID = 19,             /* 16 bytes */
+    VANTREL_DATA_TYPE_LSTRING = 20,          /* a length byte, then bytes */
+    VANTREL_DATA_TYPE_NULL_INDICATOR_SEGMENT = 21, /* 1 byte: whether the next field is null */
+    VANTREL_DATA_TYPE_LEGACY_STRING = 22,    /* bytes; key segments only */
+    VANTREL_DATA_TYPE_LEGACY_BINARY = 23,    /* unsigned; key segments only */
+    VANTREL_DATA_TYPE_AUTO_TIMESTAMP = 24,   /* VantrelTimestamp, 8 bytes, filled at insert */
+    VANTREL_DATA_TYPE_CLOB = 25,             /* text of a large object */
+    VANTREL_DATA_TYPE_TIMESTAMP_2 = 26,      /* timestamp, second version, 8 bytes */
+    VANTREL_DATA_TYPE_BIT = 27,              /* one flag of a byte */
+    VANTREL_DATA_TYPE_NUMERIC_SLB = 28,      /* digits, sign leading, binary */
+    VANTREL_DATA_TYPE_NUMERIC_SLS = 29,      /* digits, sign before them in a byte of its own */
+    VANTREL_DATA_TYPE_NUMERIC_STB = 30       /* digits, sign trailing, binary */
+};
+
+/* Whether a transaction keeps others out of the files it touches. */
+typedef int32_t VantrelTransactionMode;
+enum {
+    VANTREL_TRANSACTION_MODE_EXCLUSIVE = 0,          /* takes each file it touches for itself */
+    VANTREL_TRANSACTION_MODE_CONCURRENT = 1,         /* takes a file's write side at the first change */
+    VANTREL_TRANSACTION_MODE_CONCURRENT_NO_WAIT = 2  /* the same, but never waits for another session */
+};
+
+typedef int32_t VantrelOpenMode;
+enum {
+    VANTREL_OPEN_MODE_NORMAL = 0,
+    VANTREL_OPEN_MODE_ACCELERATED = 1, /* faster and less durable: changes are not synced until close */
+    VANTREL_OPEN_MODE_READ_ONLY = 2,
+    VANTREL_OPEN_MODE_EXCLUSIVE = 3, /* no other session may have the file open */
+    VANTREL_OPEN_MODE_VERIFY = 4     /* the whole file is checked first */
+};
+
+/* Where the engine looks for the file. */
+typedef int32_t VantrelOpenVariant;
+enum {
+    VANTREL_OPEN_VARIANT_DEFAULT = 0,
+    VANTREL_OPEN_VARIANT_LOCAL = 1,
+    VANTREL_OPEN_VARIANT_REMOTE = 2
+};
+
+typedef int32_t VantrelCreateMode;
+enum {
+    VANTREL_CREATE_MODE_OVERWRITE = 0,   /* an existing file that nobody has open is replaced */
+    VANTREL_CREATE_MODE_NO_OVERWRITE = 1 /* an existing file gives VANTREL_STATUS_FILE_ALREADY_EXISTS */
+};
+
+/* Where a file is created. */
+typedef int32_t VantrelLocationMode;
+enum {
+    VANTREL_LOCATION_MODE_DEFAULT = 0,
+    VANTREL_LOCATION_MODE_LOCAL = 1,
+    VANTREL_LOCATION_MODE_REMOTE = 2
+};
+
+typedef int32_t VantrelVersionType;
+enum {
+    VANTREL_VERSION_TYPE_NONE = 0,
+    VANTREL_VERSION_TYPE_VANTREL_ENGINE = 1,
+    VANTREL_VERSION_TYPE_WORKGROUP_ENGINE = 2,
+    VANTREL_VERSION_TYPE_DOS_WORKSTATION = 3,
+    VANTREL_VERSION_TYPE_CLIENT_REQUESTER = 4,
+    VANTREL_VERSION_TYPE_WINDOWS_SERVER_ENGINE = 5,
+    VANTREL_VERSION_TYPE_UNIX = 6,
+    VANTREL_VERSION_TYPE_CLIENT_ENGINE = 7
+};
+
+/* The version of the file format that a file is created in. */
+typedef int32_t VantrelFileVersion;
+enum {
+    VANTREL_FILE_VERSION_6_0 = 0,
+    VANTREL_FILE_VERSION_6_1 = 1,
+    VANTREL_FILE_VERSION_7_0 = 2,
+    VANTREL_FILE_VERSION_8_0 = 3,
+    VANTREL_FILE_VERSION_9_0 = 4,
+    VANTREL_FILE_VERSION_9_5 = 5,
+    VANTREL_FILE_VERSION_DEFAULT = 6,
+    VANTREL_FILE_VERSION_13_0 = 7,
+    VANTREL_FILE_VERSION_16_0 = 8
+};
+
+typedef int32_t VantrelPageSize;
+enum {
+    VANTREL_PAGE_SIZE_512 = 0,
+    VANTREL_PAGE_SIZE_1024 = 1,
+    VANTREL_PAGE_SIZE_1536 = 2,
+    VANTREL_PAGE_SIZE_2048 = 3,
+    VANTREL_PAGE_SIZE_3072 = 4,
+    VANTREL_PAGE_SIZE_3584 = 5,
+    VANTREL_PAGE_SIZE_4096 = 6,
+    VANTREL_PAGE_SIZE_8192 = 7,
+    VANTREL_PAGE_SIZE_16384 = 8,
+    VANTREL_PAGE_SIZE_DEFAULT = 9
+};
+
+/* How much of a page is kept free for records that grow. */
+typedef int32_t VantrelFreeSpaceThreshold;
+enum {
+    VANTREL_FREE_SPACE_THRESHOLD_10_PERCENT = 0,
+    VANTREL_FREE_SPACE_THRESHOLD_20_PERCENT = 1,
+    VANTREL_FREE_SPACE_THRESHOLD_30_PERCENT = 2,
+    VANTREL_FREE_SPACE_THRESHOLD_DEFAULT = 3
+};
+
+/* Whether records carry their times of creation and update with an index on them. */
+typedef int32_t VantrelSystemDataMode;
+enum {
+    VANTREL_SYSTEM_DATA_MODE_YES = 0,
+    VANTREL_SYSTEM_DATA_MODE_NO = 1,
+    VANTREL_SYSTEM_DATA_MODE_DEFAULT = 2,
+    VANTREL_SYSTEM_DATA_MODE_VERSION_2 = 3
+};
+
+/* The alternate collating sequence (ACS) of the text of an index or a filter. */
+typedef int32_t VantrelACSMode;
+enum {
+    VANTREL_ACS_MODE_NONE = 0,
+    VANTREL_ACS_MODE_NAMED = 1,
+    VANTREL_ACS_MODE_NUMBERED = 2,
+    VANTREL_ACS_MODE_CASE_INSENSITIVE = 3,
+    VANTREL_ACS_MODE_DEFAULT = 4
+};
+
+/* Whether a record whose key is null is left out of the index: when all segments are null, when any is, or
+ * never. */
+typedef int32_t VantrelNullKeyMode;
+enum {
+    VANTREL_NULL_KEY_MODE_ALL_SEGMENTS = 0,
+    VANTREL_NULL_KEY_MODE_ANY_SEGMENTS = 1,
+    VANTREL_NULL_KEY_MODE_NONE = 2
+};
+
+/* Whether two records may have the same key; repeating or not is a matter of storage. */
+typedef int32_t VantrelDuplicateMode;
+enum {
+    VANTREL_DUPLICATE_MODE_NOT_ALLOWED = 0,
+    VANTREL_DUPLICATE_MODE_ALLOWED_NONREPEATING = 1,
+    VANTREL_DUPLICATE_MODE_ALLOWED_REPEATING = 2
+};
+
+typedef int32_t VantrelPageLockType;
+enum {
+    VANTREL_PAGE_LOCK_TYPE_NONE = 0,
+    VANTREL_PAGE_LOCK_TYPE_DATA_PAGE = 1,
+    VANTREL_PAGE_LOCK_TYPE_INDEX_PAGE = 2,
+    VANTREL_PAGE_LOCK_TYPE_VARIABLE_PAGE = 3
+};
+
+/* What a file's owner name protects. */
+typedef int32_t VantrelOwnerMode;
+enum {
+    VANTREL_OWNER_MODE_NONE = 0,
+    VANTREL_OWNER_MODE_NO_ENCRYPTION_NO_READ_ALLOWED = 1,
+    VANTREL_OWNER_MODE_NO_ENCRYPTION_READ_ALLOWED = 2,
+    VANTREL_OWNER_MODE_ENCRYPTION_NO_READ_ALLOWED = 3,
+    VANTREL_OWNER_MODE_ENCRYPTION_READ_ALLOWED = 4
+};
+
+typedef int32_t VantrelEncryptionType;
+enum {
+    VANTREL_ENCRYPTION_TYPE_NONE = 0,
+    VANTREL_ENCRYPTION_TYPE_TRADITIONAL = 1,
+    VANTREL_ENCRYPTION_TYPE_128_BIT = 2,
+    VANTREL_ENCRYPTION_TYPE_AES_192 = 3,
+    VANTREL_ENCRYPTION_TYPE_AES_256 = 4
+};
+
+typedef int32_t VantrelRecordCompressionMode;
+enum {
+    VANTREL_RECORD_COMPRESSION_MODE_NONE = 0,
+    VANTREL_RECORD_COMPRESSION_MODE_BLANK_TRUNCATION = 1,
+    VANTREL_RECORD_COMPRESSION_MODE_RUN_LENGTH_ENCODING = 2
+};
+
+typedef int32_t VantrelVariableLengthRecordsMode;
+enum {
+    VANTREL_VARIABLE_LENGTH_RECORDS_MODE_NONE = 0,
+    VANTREL_VARIABLE_LENGTH_RECORDS_MODE_YES = 1,
+    VANTREL_VARIABLE_LENGTH_RECORDS_MODE_YES_VARIABLE_ALLOCATION_TAILS = 2
+};
+
+/* A field that the engine keeps with every record. */
+typedef int32_t VantrelSystemField;
+enum {
+    VANTREL_SYSTEM_FIELD_CREATE_TIME = 0,
+    VANTREL_SYSTEM_FIELD_UPDATE_TIME = 1
+};
+
+/* STATUSES */
+
+/* Of these the library itself gives FILE_NOT_OPEN, DATA_LENGTH_ERROR, NO_OPERATING_SYSTEM_MEMORY_AVAILABLE,
+ * INTERNAL_ERROR, INVALID_OPTION, INVALID_POINTER_PARAMETER and FILTER_LIMIT_EXCEEDED; all others come from
+ * the engine. */
+typedef int32_t VantrelStatus;
+enum {
+    VANTREL_STATUS_NO_ERROR = 0,
+    VANTREL_STATUS_INVALID_FUNCTION = 1,
+    VANTREL_STATUS_INPUT_OUTPUT_ERROR = 2,
+    VANTREL_STATUS_FILE_NOT_OPEN = 3,
+    VANTREL_STATUS_KEY_VALUE_NOT_FOUND = 4,
+    VANTREL_STATUS_DUPLICATE_KEY_VALUE = 5,
+    VANTREL_STATUS_INVALID_INDEX_NUMBER = 6,
+    VANTREL_STATUS_DIFFERENT_INDEX_NUMBER = 7,
+    VANTREL_STATUS_POSITION_NOT_SET = 8,
+    VANTREL_STATUS_END_OF_FILE = 9,
+    VANTREL_STATUS_MODIFIABLE_KEY_VALUE_ERROR = 10,
+    VANTREL_STATUS_FILE_NAME_BAD = 11,
+    VANTREL_STATUS_FILE_NOT_FOUND = 12,
+    VANTREL_STATUS_EXTENDED_FILE_ERROR = 13,
+    VANTREL_STATUS_PREIMAGE_OPEN_ERROR = 14,
+    VANTREL_STATUS_PREIMAGE_INPUT_OUTPUT_ERROR = 15,
+    VANTREL_STATUS_EXPANSION_ERROR = 16,
+    VANTREL_STATUS_CLOSE_ERROR = 17,
+    VANTREL_STATUS_DISK_FULL = 18,
+    VANTREL_STATUS_UNRECOVERABLE_ERROR = 19,
+    VANTREL_STATUS_RECORD_MANAGER_INACTIVE = 20,
+    VANTREL_STATUS_KEY_BUFFER_TOO_SHORT = 21,
+    VANTREL_STATUS_DATA_LENGTH_ERROR = 22,
+    VANTREL_STATUS_POSITION_BLOCK_LENGTH = 23,
+    VANTREL_STATUS_PAGE_SIZE_ERROR = 24,
+    VANTREL_STATUS_CREATE_INPUT_OUTPUT_ERROR = 25,
+    VANTREL_STATUS_NUMBER_OF_INDEXES = 26,
+    VANTREL_STATUS_INVALID_KEY_POSITION = 27,
+    VANTREL_STATUS_INVALID_RECORD_LENGTH = 28,
+    VANTREL_STATUS_INVALID_KEY_LENGTH = 29,
+    VANTREL_STATUS_NOT_A_VANTREL_FILE = 30,
+    VANTREL_STATUS_FILE_ALREADY_EXTENDED = 31,
+    VANTREL_STATUS_EXTEND_INPUT_OUTPUT_ERROR = 32,
+    VANTREL_STATUS_VANTREL_CANNOT_UNLOAD = 33,
+    VANTREL_STATUS_INVALID_EXTENSION_NAME = 34,
+    VANTREL_STATUS_DIRECTORY_ERROR = 35,
+    VANTREL_STATUS_TRANSACTION_ERROR = 36,
+    VANTREL_STATUS_TRANSACTION_IS_ACTIVE = 37,
+    VANTREL_STATUS_TRANSACTION_FILE_INPUT_OUTPUT_ERROR = 38,
+    VANTREL_STATUS_END_TRANSACTION_ERROR = 39,
+    VANTREL_STATUS_TRANSACTION_MAXIMUM_FILES = 40,
+    VANTREL_STATUS_OPERATION_NOT_ALLOWED = 41,
+    VANTREL_STATUS_INCOMPLETE_ACCELERATED_ACCESS = 42,
+    VANTREL_STATUS_INVALID_RECORD_ADDRESS = 43,
+    VANTREL_STATUS_NULL_KEY_PATH = 44,
+    VANTREL_STATUS_INCONSISTENT_KEY_FLAGS = 45,
+    VANTREL_STATUS_ACCESS_TO_FILE_DENIED = 46,
+    VANTREL_STATUS_MAXIMUM_OPEN_FILES = 47,
+    VANTREL_STATUS_INVALID_ALTERNATE_COLLATING_SEQUENCE_DEFINITION = 48,
+    VANTREL_STATUS_KEY_TYPE_ERROR = 49,
+    VANTREL_STATUS_OWNER_ALREADY_SET = 50,
+    VANTREL_STATUS_INVALID_OWNER = 51,
+    VANTREL_STATUS_ERROR_WRITING_CACHE = 52,
+    VANTREL_STATUS_INVALID_INTERFACE = 53,
+    VANTREL_STATUS_VARIABLE_PAGE_ERROR = 54,
+    VANTREL_STATUS_AUTOINCREMENT_ERROR = 55,
+    VANTREL_STATUS_INCOMPLETE_INDEX = 56,
+    VANTREL_STATUS_EXPANDED_MEMORY_ERROR = 57,
+    VANTREL_STATUS_COMPRESS_BUFFER_TOO_SHORT = 58,
+    VANTREL_STATUS_FILE_ALREADY_EXISTS = 59,
+    VANTREL_STATUS_REJECT_COUNT_REACHED = 60,
+    VANTREL_STATUS_SMALL_EXTENDED_GET_BUFFER_ERROR = 61,
+    VANTREL_STATUS_INVALID_GET_EXPRESSION = 62,
+    VANTREL_STATUS_INVALID_EXTENDED_INSERT_BUFFER = 63,
+    VANTREL_STATUS_OPTIMIZE_LIMIT_REACHED = 64,
+    VANTREL_STATUS_INVALID_EXTRACTOR = 65,
+    VANTREL_STATUS_REFERENTIAL_INTEGRITY_TOO_MANY_DATABASES = 66,
+    VANTREL_STATUS_REFERENTIAL_INTEGRITY_SQL_DATA_DICTIONARY_FILES_CANNOT_OPEN = 67,
+    VANTREL_STATUS_REFERENTIAL_INTEGRITY_CASCADE_TOO_DEEP = 68,
+    VANTREL_STATUS_REFERENTIAL_INTEGRITY_CASCADE_ERROR = 69,
+    VANTREL_STATUS_REFERENTIAL_INTEGRITY_VIOLATION = 71,
+    VANTREL_STATUS_REFERENTIAL_INTEGRITY_REFERENCED_FILE_CANNOT_OPEN = 72,
+    VANTREL_STATUS_REFERENTIAL_INTEGRITY_OUT_OF_SYNC = 73,
+    VANTREL_STATUS_END_CHANGED_TO_ABORT = 74,
+    VANTREL_STATUS_REFERENTIAL_INTEGRITY_CONFLICT = 76,
+    VANTREL_STATUS_CANT_LOOP_IN_SERVER = 77,
+    VANTREL_STATUS_DEAD_LOCK = 78,
+    VANTREL_STATUS_PROGRAMMING_ERROR = 79,
+    VANTREL_STATUS_CONFLICT = 80,
+    VANTREL_STATUS_LOCK_ERROR = 81,
+    VANTREL_STATUS_LOST_POSITION = 82,
+    VANTREL_STATUS_READ_OUTSIDE_TRANSACTION = 83,
+    VANTREL_STATUS_RECORD_IN_USE = 84,
+    VANTREL_STATUS_FILE_IN_USE = 85,
+    VANTREL_STATUS_FILE_TABLE_FULL = 86,
+    VANTREL_STATUS_NO_HANDLES_AVAILABLE = 87,
+    VANTREL_STATUS_INCOMPATIBLE_MODE_ERROR = 88,
+    VANTREL_STATUS_DEVICE_TABLE_FULL = 90,
+    VANTREL_STATUS_SERVER_ERROR = 91,
+    VANTREL_STATUS_TRANSACTION_TABLE_FULL = 92,
+    VANTREL_STATUS_INCOMPATIBLE_LOCK_TYPE = 93,
+    VANTREL_STATUS_PERMISSION_ERROR = 94,
+    VANTREL_STATUS_SESSION_NO_LONGER_VALID = 95,
+    VANTREL_STATUS_COMMUNICATIONS_ERROR = 96,
+    VANTREL_STATUS_DATA_MESSAGE_TOO_SMALL = 97,
+    VANTREL_STATUS_INTERNAL_TRANSACTION_ERROR = 98,
+    VANTREL_STATUS_REQUESTER_CANT_ACCESS_RUNTIME = 99,
+    VANTREL_STATUS_NO_CACHE_BUFFERS_AVAILABLE = 100,
+    VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE = 101,
+    VANTREL_STATUS_NO_STACK_AVAILABLE = 102,
+    VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG = 103,
+    VANTREL_STATUS_LOCALE_ERROR = 104,
+    VANTREL_STATUS_CANNOT_CREATE_WITH_VARIABLE_TAIL_ALLOCATION_TABLE = 105,
+    VANTREL_STATUS_CHUNK_CANNOT_GET_NEXT = 106,
+    VANTREL_STATUS_CHUNK_INCOMPATIBLE_FILE = 107,
+    VANTREL_STATUS_TRANSACTION_TOO_COMPLEX = 109,
+    VANTREL_STATUS_ARCHIVAL_BLOG_OPEN_ERROR = 110,
+    VANTREL_STATUS_ARCHIVAL_FILE_NOT_LOGGED = 111,
+    VANTREL_STATUS_ARCHIVAL_FILE_IN_USE = 112,
+    VANTREL_STATUS_ARCHIVAL_LOG_FILE_NOT_FOUND = 113,
+    VANTREL_STATUS_ARCHIVAL_LOG_FILE_INVALID = 114,
+    VANTREL_STATUS_ARCHIVAL_DUMP_FILE_ACCESS_ERROR = 115,
+    VANTREL_STATUS_LOCATOR_FILE_INDICATOR = 116,
+    VANTREL_STATUS_NO_SYSTEM_LOCKS_AVAILABLE = 130,
+    VANTREL_STATUS_FILE_FULL = 132,
+    VANTREL_STATUS_MORE_THAN_5_CONCURRENT_USERS = 133,
+    VANTREL_STATUS_INTERNATIONAL_SORTING_RULE_NOT_FOUND = 134,
+    VANTREL_STATUS_INTERNATIONAL_SORTING_RULE_INVALID = 135,
+    VANTREL_STATUS_ALTERNATE_COLLATING_SEQUENCE_NOT_FOUND = 136,
+    VANTREL_STATUS_CANNOT_CONVERT_RP = 137,
+    VANTREL_STATUS_INVALID_NULL_INDICATOR = 138,
+    VANTREL_STATUS_INVALID_KEY_OPTION = 139,
+    VANTREL_STATUS_INCOMPATIBLE_CLOSE = 140,
+    VANTREL_STATUS_INVALID_USER_NAME = 141,
+    VANTREL_STATUS_INVALID_DATABASE = 142,
+    VANTREL_STATUS_NO_KALDER_RIGHTS = 143,
+    VANTREL_STATUS_ALREADY_LOGGED_IN = 144,
+    VANTREL_STATUS_NO_DATABASE_SERVICES = 145,
+    VANTREL_STATUS_DUPLICATE_SYSTEM_KEY = 146,
+    VANTREL_STATUS_LOG_SEGMENT_MISSING = 147,
+    VANTREL_STATUS_ROLL_FORWARD_ERROR = 148,
+    VANTREL_STATUS_SYSTEM_KEY_INTERNAL = 149,
+    VANTREL_STATUS_DBS_INTERNAL_ERROR = 150,
+    VANTREL_STATUS_CHUNK_OFFSET_TOO_SMALL = 151,
+    VANTREL_STATUS_INVALID_PARAMETER_TO_OSTRAND = 160,
+    VANTREL_STATUS_USER_COUNT_LIMIT_EXCEEDED = 161,
+    VANTREL_STATUS_CLIENT_TABLE_FULL = 162,
+    VANTREL_STATUS_LAST_SEGMENT_ERROR = 163,
+    VANTREL_STATUS_LOGIN_FAILED_BAD_USER_NAME = 170,
+    VANTREL_STATUS_LOGIN_FAILED_BAD_PASSWORD = 171,
+    VANTREL_STATUS_LOGIN_FAILED_BAD_DATABASE = 172,
+    VANTREL_STATUS_LOGIN_ALREADY_LOGGED_IN = 173,
+    VANTREL_STATUS_LOGIN_LOGOUT_FAILED = 174,
+    VANTREL_STATUS_LOGIN_WRONG_UNIFORM_RESOURCE_INDICATOR_FORMAT = 175,
+    VANTREL_STATUS_LOGIN_FILE_AND_TABLE_NOT_FOUND = 176,
+    VANTREL_STATUS_LOGIN_TABLE_NOT_IN_DATABASE = 177,
+    VANTREL_STATUS_LOGIN_DIRECTORY_NOT_IN_DATABASE = 178,
+    VANTREL_STATUS_LOCK_PARAMETER_OUT_OF_RANGE = 1001,
+    VANTREL_STATUS_MEMORY_ALLOCATION_ERROR = 1002,
+    VANTREL_STATUS_MEMORY_PARAMETER_TOO_SMALL = 1003,
+    VANTREL_STATUS_PAGE_SIZE_PARAMETER_OUT_OF_RANGE = 1004,
+    VANTREL_STATUS_INVALID_PREIMAGE_PARAMETER = 1005,
+    VANTREL_STATUS_PREIMAGE_BUFFER_PARAMETER_OUT_OF_RANGE = 1006,
+    VANTREL_STATUS_FILES_PARAMETER_OUT_OF_RANGE = 1007,
+    VANTREL_STATUS_INVALID_INITIALIZATION_PARAMETER = 1008,
+    VANTREL_STATUS_INVALID_TRANSACTION_PARAMETER = 1009,
+    VANTREL_STATUS_ERROR_ACCESS_TRANSACTION_CONTROL_FILE = 1010,
+    VANTREL_STATUS_COMPRESSION_BUFFER_PARAMETER_OUT_OF_RANGE = 1011,
+    VANTREL_STATUS_INVALID_MAXIMUM_NUMBER_OF_FILES_IN_A_TRANSACTION_OPTION = 1012,
+    VANTREL_STATUS_TASK_LIST_FULL = 1013,
+    VANTREL_STATUS_STOP_WARNING = 1014,
+    VANTREL_STATUS_POINTER_PARAMETER_INVALID = 1015,
+    VANTREL_STATUS_ALREADY_INITIALIZED = 1016,
+    VANTREL_STATUS_VANTREL_REQUESTER_CANT_FIND_RESOURCE_DLL = 1017,
+    VANTREL_STATUS_ALREADY_INSIDE_VANTREL_FUNCTION = 1018,
+    VANTREL_STATUS_CALLBACK_ABORT = 1019,
+    VANTREL_STATUS_INTERFACE_COMMUNICATIONS_ERROR = 1020,
+    VANTREL_STATUS_FAILED_TO_INITIALIZE = 1021,
+    VANTREL_STATUS_OSTRAND_SHUTTING_DOWN = 1022,
+    VANTREL_STATUS_INTERNAL_ERROR = 2000,
+    VANTREL_STATUS_INSUFFICIENT_MEMORY_ALLOCATION = 2001,
+    VANTREL_STATUS_INVALID_OPTION = 2002,
+    VANTREL_STATUS_NO_LOCAL_ACCESS_ALLOWED = 2003,
+    VANTREL_STATUS_SPX_NOT_INSTALLED = 2004,
+    VANTREL_STATUS_INCORRECT_SPX_VERSION = 2005,
+    VANTREL_STATUS_NO_AVAILABLE_SPX_CONNECTION = 2006,
+    VANTREL_STATUS_INVALID_POINTER_PARAMETER = 2007,
+    VANTREL_STATUS_CANT_CONNECT_TO_615 = 2008,
+    VANTREL_STATUS_CANT_LOAD_OSTRAND_ROUTER = 2009,
+    VANTREL_STATUS_UT_THUNK_NOT_LOADED = 2010,
+    VANTREL_STATUS_NO_RESOURCE_DLL = 2011,
+    VANTREL_STATUS_OPERATING_SYSTEM_ERROR = 2012,
+    VANTREL_STATUS_FILTER_LIMIT_EXCEEDED = 2013,
+    VANTREL_STATUS_OSTRAND_ROUTER_MEMORY_ERROR = 3000,
+    VANTREL_STATUS_OSTRAND_NO_LOCAL_ACCESS_ALLOWED = 3001,
+    VANTREL_STATUS_OSTRAND_NO_RESOURCE_DLL = 3002,
+    VANTREL_STATUS_OSTRAND_INCOMPATIBLE_COMPONENT = 3003,
+    VANTREL_STATUS_OSTRAND_TIMEOUT_ERROR = 3004,
+    VANTREL_STATUS_OSTRAND_OPERATING_SYSTEM_ERROR = 3005,
+    VANTREL_STATUS_OSTRAND_INVALID_SESSION = 3006,
+    VANTREL_STATUS_OSTRAND_SERVER_NOT_FOUND = 3007,
+    VANTREL_STATUS_OSTRAND_INVALID_CONFIGURATION = 3008,
+    VANTREL_STATUS_OSTRAND_NETAPI_NOT_LOADED = 3009,
+    VANTREL_STATUS_OSTRAND_NWAPI_NOT_LOADED = 3010,
+    VANTREL_STATUS_OSTRAND_THUNK_NOT_LOADED = 3011,
+    VANTREL_STATUS_OSTRAND_LOCAL_NOT_LOADED = 3012,
+    VANTREL_STATUS_OSTRAND_DREVO_NETWORK_SERVICES_LAYER_NOT_LOADED = 3013,
+    VANTREL_STATUS_OSTRAND_CANT_FIND_ENGINE = 3014,
+    VANTREL_STATUS_OSTRAND_INITIALIZATION_ERROR = 3015,
+    VANTREL_STATUS_OSTRAND_INTERNAL_ERROR = 3016,
+    VANTREL_STATUS_OSTRAND_LOCAL_OSTRAND_DATA_BUFFER_TOO_SMALL = 3017,
+    VANTREL_STATUS_OSTRAND_CLOSED_ERROR = 3018,
+    VANTREL_STATUS_OSTRAND_SEMAPHORE_ERROR = 3019,
+    VANTREL_STATUS_OSTRAND_LOADING_ERROR = 3020,
+    VANTREL_STATUS_OSTRAND_BAD_SRB_FORMAT = 3021,
+    VANTREL_STATUS_OSTRAND_DATA_BUFFER_LENGTH_TOO_LARGE = 3022,
+    VANTREL_STATUS_OSTRAND_TASK_TABLE_FULL = 3023,
+    VANTREL_STATUS_OSTRAND_INVALID_OPERATION_ON_REMOTE = 3024,
+    VANTREL_STATUS_OSTRAND_PIDS_NOT_LOADED = 3025,
+    VANTREL_STATUS_OSTRAND_BAD_PIDS = 3026,
+    VANTREL_STATUS_OSTRAND_IDS_CONNECT_FAILURE = 3027,
+    VANTREL_STATUS_OSTRAND_IDS_LOGIN_FAILURE = 3028,
+    VANTREL_STATUS_NETWORK_LAYER_FAILURE = 3101,
+    VANTREL_STATUS_NETWORK_LAYER_NOT_INITIALIZED = 3102,
+    VANTREL_STATUS_NETWORK_LAYER_NAME_NOT_FOUND = 3103,
+    VANTREL_STATUS_NETWORK_LAYER_PERMISSION_ERROR = 3104,
+    VANTREL_STATUS_NETWORK_LAYER_NO_AVAILABLE_TRANSPORT = 3105,
+    VANTREL_STATUS_NETWORK_LAYER_CONNECTION_FAILURE = 3106,
+    VANTREL_STATUS_NETWORK_LAYER_OUT_OF_MEMORY = 3107,
+    VANTREL_STATUS_NETWORK_LAYER_INVALID_SESSION = 3108,
+    VANTREL_STATUS_NETWORK_LAYER_MORE_DATA = 3109,
+    VANTREL_STATUS_NETWORK_LAYER_NOT_CONNECTED = 3110,
+    VANTREL_STATUS_NETWORK_LAYER_SEND_FAILURE = 3111,
+    VANTREL_STATUS_NETWORK_LAYER_RECEIVE_FAILURE = 3112,
+    VANTREL_STATUS_NETWORK_LAYER_INVALID_SERVER_TYPE = 3113,
+    VANTREL_STATUS_NETWORK_LAYER_SERVER_ROUTING_TABLE_FULL = 3114,
+    VANTREL_STATUS_NETWORK_LAYER_TRANSPORT_FAILURE = 3115,
+    VANTREL_STATUS_NETWORK_LAYER_RECEIVE_DATA_OVERFLOW = 3116,
+    VANTREL_STATUS_NETWORK_LAYER_CST_FULL = 3117,
+    VANTREL_STATUS_NETWORK_LAYER_INVALID_ADDRESS_FAMILY = 3118,
+    VANTREL_STATUS_NETWORK_LAYER_NO_AUTHENTICATION_CONTEXT_AVAILABLE = 3119,
+    VANTREL_STATUS_NETWORK_LAYER_INVALID_AUTHENTICATION_TYPE = 3120,
+    VANTREL_STATUS_NETWORK_LAYER_INVALID_AUTHENTICATION_OBJECT = 3121,
+    VANTREL_STATUS_NETWORK_LAYER_AUTHENTICATION_LENGTH_TOO_SMALL = 3122,
+    VANTREL_STATUS_NETWORK_LAYER_INVALID_SESSION_LEVEL_PARAMETER = 3123,
+    VANTREL_STATUS_NETWORK_LAYER_TASK_TABLE_FULL = 3124,
+    VANTREL_STATUS_NETWORK_LAYER_NDS_NAME_RESOLUTION_ERROR = 3125,
+    VANTREL_STATUS_NETWORK_LAYER_FILE_NAME_RESOLUTION_ERROR = 3126,
+    VANTREL_STATUS_NETWORK_LAYER_IDS_SEND_FAILURE = 3127,
+    VANTREL_STATUS_NETWORK_LAYER_IDS_RECEIVE_FAILURE = 3128
+};
+
+/* CLIENT
+ *
+ * A client is a session with the engine: transactions, locks, the current directory and a login belong to
+ * it, under the identifier block made of its two identifiers. */
+
+/* Allocates a client. Each identifier is 0 to 65535; 0 stands for the low 16 bits of the process identifier
+ * (service agent) and of the calling thread's (client), which can coincide for two threads: programs with
+ * several sessions give their own.
+ *
+ * Two clients with equal identifiers are one session to the engine. Before a client is freed,
+ * VantrelClientReset ends what the session still holds, or a later client with the same identifiers inherits
+ * it.
+ *
+ * Returns VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null out pointer; VANTREL_STATUS_INVALID_OPTION for
+ * an identifier above 65535, the out pointer then untouched;
+ * VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE, the out pointer then null. */
+VANTREL_API VantrelStatus VantrelClientAllocate(VantrelClient **client, uint32_t serviceAgentIdentifier,
+                                                uint32_t clientIdentifier);
+
+/* Frees the client; null is harmless. Its files must have been closed: neither they nor the engine's session
+ * end here. Returns 0. */
+VANTREL_API VantrelStatus VantrelClientFree(VantrelClient *client);
+
+/* The client's last status, which stays; VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
+VANTREL_API VantrelStatus VantrelClientGetLastStatusCode(const VantrelClient *client);
+
+/* The identifiers, 0 to 65535; for null VANTREL_STATUS_INVALID_POINTER_PARAMETER, which is a possible
+ * identifier too. */
+VANTREL_API int32_t VantrelClientGetServiceAgentIdentifier(VantrelClient *client);
+VANTREL_API int32_t VantrelClientGetClientIdentifier(VantrelClient *client);
+
+/* CLIENT OPERATIONS
+ *
+ * @@client-operations */
+
+/* FILE OPEN AND CLOSE
+ *
+ * @@file-open-close */
+
+/* The status of the last operation on the file, which stays; VANTREL_STATUS_FILE_NOT_OPEN for null. */
+VANTREL_API VantrelStatus VantrelFileGetLastStatusCode(const VantrelFile *file);
+
+/* FILE DELETE AND RENAME
+ *
+ * @@file-delete-rename */
+
+/* VERSION
+ *
+ * @@version */
+
+/* KEY SEGMENT
+ *
+ * @@key-segment */
+
+/* INDEX ATTRIBUTES
+ *
+ * @@index-attributes */
+
+/* FILE ATTRIBUTES
+ *
+ * @@file-attributes */
+
+/* FILE CREATE
+ *
+ * @@file-create */
+
+/* INDEX CREATE AND DROP
+ *
+ * @@index-create-drop */
+
+/* RECORDS
+ *
+ * @@records */
+
+/* NAVIGATION AND CURSOR POSITIONS
+ *
+ * @@navigation */
+
+/* CHUNKS
+ *
+ * @@chunks */
+
+/* PERCENTAGE, FRACTION AND RECORD TIMES
+ *
+ * @@percentage */
+
+/* UNLOCK AND OWNER
+ *
+ * @@locks */
+
+/* FILTER
+ *
+ * @@filter */
+
+/* BULK ATTRIBUTES
+ *
+ * @@bulk-attributes */
+
+/* BULK RETRIEVE AND BULK DELETE
+ *
+ * @@bulk-execution */
+
+/* BULK RESULTS
+ *
+ * @@bulk-results */
+
+/* BULK CREATE
+ *
+ * @@bulk-create */
+
+/* FILE INFORMATION
+ *
+ * @@information */
+
+/* FILE INFORMATION: OWNERS, LOCKS, INTEGRITY,
+ * SEGMENTS AND SECURITY
+ *
+ * @@information-security */
+
+/* TEXTS AND TIMESTAMPS
+ *
+ * @@texts */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
