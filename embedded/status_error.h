@@ -1,0 +1,15 @@
+#ifndef VANTREL_EMBEDDED_STATUS_ERROR_H
+#define VANTREL_EMBEDDED_STATUS_ERROR_H
+
+#include <cstdint>
+
+namespace vantrel::embedded {
+
+// Thrown where a request cannot be served; the entry point returns the status.
+struct StatusError {
+    int32_t status;
+};
+
+}  // namespace vantrel::embedded
+
+#endif
