@@ -10,6 +10,11 @@ struct StatusError {
     int32_t status;
 };
 
+inline void require(bool condition, int32_t status) {
+    if (!condition)
+        throw StatusError{status};
+}
+
 }  // namespace vantrel::embedded
 
 #endif

@@ -11,6 +11,8 @@
 
 namespace vantrel::embedded {
 
+bool typeIsKnown(KeyType type);
+
 // Whether a segment of the type may have this length. An unknown type has no legal length.
 bool segmentLengthIsLegal(KeyType type, size_t length);
 

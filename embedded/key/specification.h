@@ -61,6 +61,11 @@ FileDefinition parseCreateRequest(ByteView request);
 // Understands the request for one more index of a file; the statuses are those above.
 IndexRequest parseIndexRequest(ByteView request, const FileDefinition &file);
 
+size_t segmentCountOf(const FileDefinition &file);
+
+// The length of the file's statistics reply.
+size_t replyLength(const FileDefinition &file);
+
 // The definition as a statistics reply, which is also a create request for an equal file. There is one unique
 // count for each index, in order; missing ones are 0. At most maximumReplyLength bytes.
 Bytes statisticsReply(const FileDefinition &file, uint64_t recordCount, uint16_t unusedPages,
