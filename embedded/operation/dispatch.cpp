@@ -1,0 +1,133 @@
+#include <new>
+
+#include "embedded/operation/live_sessions.h"
+#include "embedded/operation/operations.h"
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+OperationFunction *functionOf(uint16_t operation) {
+    switch (operation) {
+        case 0:
+            return openFile;
+        case 1:
+            return closeFile;
+        case 2:
+            return insertRecord;
+        case 3:
+            return updateRecord;
+        case 4:
+            return deleteRecord;
+        case codeGetEqual:
+        case codeGetNext:
+        case codeGetPrevious:
+        case codeGetGreater:
+        case codeGetGreaterOrEqual:
+        case codeGetLess:
+        case codeGetLessOrEqual:
+        case codeGetFirst:
+        case codeGetLast:
+            return readByKey;
+        case 14:
+            return createFile;
+        case 15:
+            return statistics;
+        case 17:
+            return setDirectory;
+        case 18:
+            return getDirectory;
+        case codeBeginExclusive:
+        case codeBeginConcurrent:
+        case codeBeginConcurrentNoWait:
+            return beginTransaction;
+        case 20:
+            return endTransaction;
+        case 21:
+            return abortTransaction;
+        case 22:
+            return getPosition;
+        case 23:
+            return readDirect;
+        case codeStepNext:
+        case codeStepFirst:
+        case codeStepLast:
+        case codeStepPrevious:
+            return readByStep;
+        case 26:
+            return version;
+        case 27:
+            return unlock;
+        case 28:
+            return resetSession;
+        case 31:
+            return createIndex;
+        case 32:
+            return dropIndex;
+        case 65:
+            return extendedStatistics;
+        case 78:
+            return login;
+        default:
+            return nullptr;
+    }
+}
+
+int32_t executeGuarded(Session &session, Request &request) {
+    OperationFunction *function = functionOf(request.operation);
+    if (function == nullptr)
+        return VANTREL_STATUS_INVALID_FUNCTION;
+    try {
+        return function(session, request);
+    } catch (const StatusError &error) {
+        request.delivered = 0;
+        return error.status;
+    } catch (const std::bad_alloc &) {
+        request.delivered = 0;
+        return VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE;
+    } catch (...) {
+        request.delivered = 0;
+        return VANTREL_STATUS_UNRECOVERABLE_ERROR;
+    }
+}
+
+}  // namespace
+
+}  // namespace vantrel::embedded
+
+using namespace vantrel::embedded;
+
+int32_t vantrelCoreExecute(Session *session, Request *request) {
+    abandonInheritedSessions();
+    std::lock_guard lock(session->mutex);
+    session->wasUsed = true;
+    int32_t status = executeGuarded(*session, *request);
+    housekeepIfDue(*session);
+    return status;
+}
+
+void vantrelCoreResetSession(Session *session) {
+    std::lock_guard lock(session->mutex);
+    try {
+        session->reset();
+    } catch (...) {
+        // What could not be ended ends with the process.
+    }
+}
+
+Session *vantrelCoreOpenSession() {
+    abandonInheritedSessions();
+    auto *session = new (std::nothrow) Session;
+    if (session != nullptr && !addLiveSession(session)) {
+        delete session;
+        return nullptr;
+    }
+    return session;
+}
+
+void vantrelCoreCloseSession(Session *session) {
+    removeLiveSession(session);
+    vantrelCoreResetSession(session);
+    delete session;
+}

@@ -1,0 +1,103 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "embedded/operation/live_sessions.h"
+#include "embedded/operation/operations.h"
+#include "embedded/operation/path.h"
+#include "embedded/operation/reply.h"
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr int32_t localVariantBase = 6;
+constexpr int32_t firstRemoteVariant = 99;
+constexpr int32_t lastRemoteVariant = 103;
+
+enum class OpenMode : int32_t { normal = 0, accelerated = -1, readOnly = -2, verify = -3, exclusive = -4 };
+
+OpenMode openModeOf(int32_t keyNumber) {
+    if (keyNumber >= firstRemoteVariant && keyNumber <= lastRemoteVariant)
+        throw StatusError{VANTREL_STATUS_OSTRAND_CANT_FIND_ENGINE};
+    int32_t mode = keyNumber >= localVariantBase ? localVariantBase - keyNumber : keyNumber;
+    if (mode > 0 || mode < static_cast<int32_t>(OpenMode::exclusive))
+        throw StatusError{VANTREL_STATUS_INVALID_KEY_OPTION};
+    return static_cast<OpenMode>(mode);
+}
+
+void checkAccess(const std::string &path, OpenMode mode) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0)
+        throw StatusError{errno == EACCES ? VANTREL_STATUS_PERMISSION_ERROR : VANTREL_STATUS_FILE_NOT_FOUND};
+    if (!S_ISREG(status.st_mode))
+        throw StatusError{VANTREL_STATUS_NOT_A_VANTREL_FILE};
+    int needed = mode == OpenMode::readOnly ? R_OK : R_OK | W_OK;
+    if (access(path.c_str(), needed) != 0)
+        throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
+}
+
+// The file as the session has it open already, or opened for it now.
+OpenFile &openFileAt(Session &session, const std::string &path, OpenMode mode) {
+    OpenFile *known = session.findFile(path);
+    bool isExclusive = mode == OpenMode::exclusive;
+    if (known == nullptr) {
+        StorageOptions options;
+        options.readOnly = access(path.c_str(), W_OK) != 0;
+        options.accelerated = mode == OpenMode::accelerated;
+        auto sharing = isExclusive ? LockFile::Sharing::exclusive : LockFile::Sharing::shared;
+        return session.addFile(std::make_unique<OpenFile>(path, sharing, options));
+    }
+    if (isExclusive && (!known->positions().empty() || !known->lockFile().makeExclusive()))
+        throw StatusError{VANTREL_STATUS_FILE_IN_USE};
+    return *known;
+}
+
+// Commits are synced unless every position does without.
+bool allAccelerated(const OpenFile &file) {
+    return std::all_of(file.positions().begin(), file.positions().end(),
+                       [](const Position *position) { return position->isAccelerated; });
+}
+
+}  // namespace
+
+int32_t openFile(Session &session, Request &request) {
+    if (request.positionBlock == nullptr)
+        return VANTREL_STATUS_FILE_NOT_OPEN;
+    OpenMode mode = openModeOf(request.keyNumber);
+    std::string path = resolvePath(session, textInKey(request));
+    checkAccess(path, mode);
+    OpenFile &file = openFileAt(session, path, mode);
+    try {
+        if (mode == OpenMode::verify)
+            file.storage().verify();
+        file.storage().setAccelerated(mode == OpenMode::accelerated && allAccelerated(file));
+        startHousekeeping();
+        Position &position = session.addPosition(file, request.positionBlock);
+        position.isReadOnly = mode == OpenMode::readOnly;
+        position.isExclusive = mode == OpenMode::exclusive;
+        position.isAccelerated = mode == OpenMode::accelerated;
+    } catch (...) {
+        session.removeFileIfUnused(file);
+        throw;
+    }
+    return VANTREL_STATUS_NO_ERROR;
+}
+
+int32_t closeFile(Session &session, Request &request) {
+    Position &position = session.position(request.positionBlock);
+    OpenFile &file = *position.file;
+    if (position.isAccelerated && !file.storage().isWriting()) {
+        file.storage().setAccelerated(false);
+        file.storage().sync();
+    }
+    session.removePosition(position);
+    memset(request.positionBlock, 0, positionBlockSize);
+    return VANTREL_STATUS_NO_ERROR;
+}
+
+}  // namespace vantrel::embedded

@@ -1,0 +1,129 @@
+#include "embedded/operation/live_sessions.h"
+
+#include <pthread.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <new>
+#include <set>
+#include <thread>
+
+#include "embedded/core.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr auto housekeepingInterval = std::chrono::milliseconds(250);
+
+struct LiveSessions {
+    std::mutex mutex;
+    std::set<Session *> sessions;
+    bool isHousekeeping = false;
+};
+
+// Never destroyed, since the background thread may outlive the destruction of statics. A forked child begins
+// with a new one and keeps the parent's in `inherited` until it has let go of the files.
+LiveSessions *live = new LiveSessions;
+std::atomic<LiveSessions *> inherited{nullptr};
+
+bool housekeepOnce(Session &session) {
+    std::unique_lock lock(session.mutex, std::try_to_lock);
+    if (!lock.owns_lock()) {
+        session.housekeepingIsDue = true;
+        return true;
+    }
+    try {
+        session.housekeep();
+    } catch (...) {
+        // It is tried again at the next turn; a call that needs the file reports what is wrong.
+    }
+    return !session.files().empty();
+}
+
+void housekeepAll(LiveSessions *mine) {
+    for (;;) {
+        std::this_thread::sleep_for(housekeepingInterval);
+        std::lock_guard lock(mine->mutex);
+        bool filesAreOpen = false;
+        for (Session *session : mine->sessions)
+            filesAreOpen |= housekeepOnce(*session);
+        mine->isHousekeeping = filesAreOpen;
+        if (!filesAreOpen)
+            return;
+    }
+}
+
+}  // namespace
+
+bool addLiveSession(Session *session) {
+    std::lock_guard lock(live->mutex);
+    try {
+        live->sessions.insert(session);
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
+    return true;
+}
+
+void removeLiveSession(Session *session) {
+    std::lock_guard lock(live->mutex);
+    live->sessions.erase(session);
+}
+
+void startHousekeeping() {
+    std::lock_guard lock(live->mutex);
+    if (live->isHousekeeping)
+        return;
+    std::thread(housekeepAll, live).detach();
+    live->isHousekeeping = true;
+}
+
+void housekeepIfDue(Session &session) {
+    if (!session.housekeepingIsDue.load(std::memory_order_relaxed))
+        return;
+    session.housekeepingIsDue = false;
+    try {
+        session.housekeep();
+    } catch (...) {
+        // As above.
+    }
+    session.wasUsed = true;
+}
+
+void abandonInheritedSessions() {
+    if (inherited.load(std::memory_order_relaxed) == nullptr)
+        return;
+    LiveSessions *lost = inherited.exchange(nullptr);
+    if (lost == nullptr)
+        return;
+    for (Session *session : lost->sessions)
+        session->abandon();
+}
+
+}  // namespace vantrel::embedded
+
+using namespace vantrel::embedded;
+
+void vantrelCorePrepareFork() {
+    live->mutex.lock();
+    for (Session *session : live->sessions)
+        session->mutex.lock();
+}
+
+void vantrelCoreParentAfterFork() {
+    for (Session *session : live->sessions)
+        session->mutex.unlock();
+    live->mutex.unlock();
+}
+
+// Side files are closed at once, since the child would keep the parent's locks alive; everything else waits
+// for the child's first call, for a child that only starts another program needs none of it.
+void vantrelCoreChildAfterFork() {
+    for (Session *session : live->sessions) {
+        for (auto &[path, file] : session->files())
+            file->closeLocksInChild();
+    }
+    inherited = live;
+    live = new LiveSessions;
+}

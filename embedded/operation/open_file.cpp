@@ -1,0 +1,152 @@
+#include "embedded/operation/open_file.h"
+
+#include <ctime>
+
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr size_t recordLockLimit = 10000;
+
+}  // namespace
+
+void Position::setLogical(uint8_t index, ByteView key, int64_t address) {
+    if (!logical)
+        logical.emplace();
+    logical->index = index;
+    logical->key.assign(key);
+    logical->address = address;
+}
+
+OpenFile::OpenFile(std::string path, LockFile::Sharing sharing, const StorageOptions &options)
+    : path_(std::move(path)),
+      lockFile_(path_, sharing),
+      storage_(openStorage(path_, options)),
+      openTime_(static_cast<uint32_t>(time(nullptr))) {}
+
+std::shared_ptr<const IndexDefinition> OpenFile::index(int32_t keyNumber) {
+    std::shared_ptr<const FileDefinition> definition = storage_->definition();
+    for (const IndexDefinition &index : definition->indexes) {
+        if (index.number == keyNumber)
+            return {std::move(definition), &index};
+    }
+    throw StatusError{VANTREL_STATUS_INVALID_INDEX_NUMBER};
+}
+
+bool OpenFile::hold(int64_t address) {
+    auto holder = lockHolders_.find(address);
+    if (holder == lockHolders_.end()) {
+        if (lockHolders_.size() >= recordLockLimit)
+            throw StatusError{VANTREL_STATUS_NO_SYSTEM_LOCKS_AVAILABLE};
+        if (!lockFile_.tryLockRecord(address))
+            return false;
+        holder = lockHolders_.emplace(address, 0).first;
+    }
+    ++holder->second;
+    return true;
+}
+
+void OpenFile::release(int64_t address) {
+    auto holder = lockHolders_.find(address);
+    if (holder == lockHolders_.end() || --holder->second != 0)
+        return;
+    lockHolders_.erase(holder);
+    lockFile_.unlockRecord(address);
+}
+
+bool OpenFile::tryLock(Position &position, int64_t address, LockKind kind, bool insideTransaction) {
+    if (position.lockKind != LockKind::none && position.lockKind != kind)
+        throw StatusError{VANTREL_STATUS_INCOMPATIBLE_LOCK_TYPE};
+    if (position.locks.count(address) == 0) {
+        if (!hold(address))
+            return false;
+        position.locks.emplace(address, insideTransaction);
+    }
+    position.lockKind = kind;
+    if (kind == LockKind::single) {
+        while (position.locks.size() > 1) {
+            auto other = position.locks.begin();
+            unlock(position, other->first == address ? std::next(other)->first : other->first);
+        }
+    }
+    return true;
+}
+
+void OpenFile::unlock(Position &position, int64_t address) {
+    if (position.locks.erase(address) != 0)
+        release(address);
+    if (position.locks.empty())
+        position.lockKind = LockKind::none;
+}
+
+void OpenFile::unlockAll(Position &position) {
+    while (!position.locks.empty())
+        unlock(position, position.locks.begin()->first);
+}
+
+void OpenFile::lockChanged(int64_t address) {
+    if (!lockFile_.canLockRecords() || changedRecords_.count(address) != 0 ||
+        lockHolders_.size() >= recordLockLimit)
+        return;
+    if (hold(address))
+        changedRecords_.insert(address);
+}
+
+void OpenFile::unlockTransaction() {
+    for (int64_t address : changedRecords_)
+        release(address);
+    changedRecords_.clear();
+    for (Position *position : positions_) {
+        std::map<int64_t, bool> locks = position->locks;
+        for (auto [address, insideTransaction] : locks) {
+            if (insideTransaction)
+                unlock(*position, address);
+        }
+    }
+}
+
+void OpenFile::recordChanged(int64_t address, uint64_t version, bool insideTransaction) {
+    for (Position *position : positions_) {
+        if (!position->isOn(address))
+            continue;
+        if (insideTransaction && !position->versionBeforeTransaction)
+            position->versionBeforeTransaction = position->version;
+        position->version = version;
+    }
+}
+
+void OpenFile::recordDeleted(int64_t address) {
+    for (Position *position : positions_) {
+        if (position->isOn(address))
+            position->clearCurrent();
+    }
+}
+
+void OpenFile::changesTakenBack() {
+    for (Position *position : positions_) {
+        if (position->versionBeforeTransaction)
+            position->version = position->versionBeforeTransaction;
+        position->versionBeforeTransaction.reset();
+        StoredRecord record;
+        if (position->version && !storage_->readRecord(*position->physical, &record))
+            position->clearCurrent();
+    }
+}
+
+void OpenFile::changesKept() {
+    for (Position *position : positions_)
+        position->versionBeforeTransaction.reset();
+}
+
+void OpenFile::housekeep(bool wasUsed) {
+    if (storage_->isWriting())
+        return;
+    if (storage_->hasUnsyncedCommits())
+        storage_->sync();
+    if (!wasUsed)
+        storage_->releaseSnapshot();
+}
+
+}  // namespace vantrel::embedded

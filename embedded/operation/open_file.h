@@ -1,0 +1,67 @@
+#ifndef VANTREL_EMBEDDED_OPERATION_OPEN_FILE_H
+#define VANTREL_EMBEDDED_OPERATION_OPEN_FILE_H
+
+#include <memory>
+#include <set>
+#include <string>
+
+#include "embedded/lock/lock_file.h"
+#include "embedded/operation/position.h"
+#include "embedded/storage/storage.h"
+
+namespace vantrel::embedded {
+
+// A file as one session has it open: one storage connection and one side file for all positions on it.
+class OpenFile {
+  public:
+    OpenFile(std::string path, LockFile::Sharing sharing, const StorageOptions &options);
+
+    const std::string &path() const { return path_; }
+    Storage &storage() { return *storage_; }
+    LockFile &lockFile() { return lockFile_; }
+    uint32_t openTime() const { return openTime_; }
+
+    std::set<Position *> &positions() { return positions_; }
+    const std::set<Position *> &positions() const { return positions_; }
+
+    // The index of a number, else status 6 is thrown.
+    std::shared_ptr<const IndexDefinition> index(int32_t keyNumber);
+
+    // Takes a record lock for a position; false where another session holds it. Kinds do not mix (status
+    // 93), and their number is limited (130).
+    bool tryLock(Position &position, int64_t address, LockKind kind, bool insideTransaction);
+    void unlock(Position &position, int64_t address);
+    void unlockAll(Position &position);
+    // Keeps a changed record from others until the transaction ends; without effect beyond the limit.
+    void lockChanged(int64_t address);
+    void unlockTransaction();
+
+    // A record was changed or deleted by this session, which is no conflict for its other positions.
+    void recordChanged(int64_t address, uint64_t version, bool insideTransaction);
+    void recordDeleted(int64_t address);
+    // The transaction's changes were taken back: what it inserted is no longer current anywhere.
+    void changesTakenBack();
+    void changesKept();
+
+    // Called regularly while the session is idle.
+    void housekeep(bool wasUsed);
+    // In a forked child: at once for what would act on the parent, later for the rest.
+    void closeLocksInChild() { lockFile_.closeInChild(); }
+    void abandon() { storage_->abandon(); }
+
+  private:
+    bool hold(int64_t address);
+    void release(int64_t address);
+
+    std::string path_;
+    LockFile lockFile_;
+    std::unique_ptr<Storage> storage_;
+    uint32_t openTime_;
+    std::set<Position *> positions_;
+    std::map<int64_t, uint32_t> lockHolders_;
+    std::set<int64_t> changedRecords_;
+};
+
+}  // namespace vantrel::embedded
+
+#endif

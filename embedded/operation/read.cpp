@@ -1,0 +1,205 @@
+#include "embedded/operation/read.h"
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <thread>
+
+#include "embedded/key/encoding.h"
+#include "embedded/operation/operations.h"
+#include "engine/bytes.h"
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr int64_t longestWaitMicroseconds = 30'000'000;
+constexpr int64_t longestPauseMicroseconds = 20'000;
+constexpr int64_t behindAllAddresses = std::numeric_limits<int64_t>::max();
+
+}  // namespace
+
+ReadLock readLockOf(const Session &session, const Request &request) {
+    LockBias bias = request.lock;
+    if (bias == LockBias::none && session.insideTransaction() && !request.keyOnly)
+        bias = session.transactionLock;
+    switch (bias) {
+        case LockBias::singleWait:
+            return {LockKind::single, true};
+        case LockBias::singleNoWait:
+            return {LockKind::single, false};
+        case LockBias::multipleWait:
+            return {LockKind::multiple, true};
+        case LockBias::multipleNoWait:
+            return {LockKind::multiple, false};
+        default:
+            return {};
+    }
+}
+
+LockAttempt::LockAttempt(Session &session, Position &position, ReadLock lock)
+    : session_(session), position_(position), lock_(lock) {}
+
+bool LockAttempt::holds(int64_t address) {
+    OpenFile &file = *position_.file;
+    if (lockedHere_ != address)
+        release();
+    bool wasHeld = position_.locks.count(address) != 0;
+    if (!file.tryLock(position_, address, lock_.kind, session_.insideTransaction())) {
+        wait();
+        return false;
+    }
+    if (!wasHeld)
+        lockedHere_ = address;
+    return file.storage().snapshotIsCurrent();
+}
+
+void LockAttempt::release() {
+    if (lockedHere_ != 0)
+        position_.file->unlock(position_, lockedHere_);
+    lockedHere_ = 0;
+}
+
+void LockAttempt::wait() {
+    if (!lock_.waits || waitedMicroseconds_ >= longestWaitMicroseconds)
+        throw StatusError{VANTREL_STATUS_RECORD_IN_USE};
+    int64_t pause = std::min(longestPauseMicroseconds, 500 + waitedMicroseconds_ / 8);
+    std::this_thread::sleep_for(std::chrono::microseconds(pause));
+    waitedMicroseconds_ += pause;
+}
+
+int32_t deliverRecord(Request &request, const StoredRecord &record) {
+    return request.keyOnly ? VANTREL_STATUS_NO_ERROR : deliverData(request, record.data);
+}
+
+namespace {
+
+// The sought key of a search, encoded, and where a failed search leaves the position.
+struct Sought {
+    Bytes key;
+    int64_t address;
+};
+
+int32_t searchKey(Storage &storage, uint16_t operation, uint8_t index, const Bytes &key, StoredEntry *entry) {
+    bool isFound;
+    switch (operation) {
+        case codeGetEqual:
+            isFound = storage.findEntry(index, Direction::forward, key, 0, entry) && entry->key == key;
+            return isFound ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_KEY_VALUE_NOT_FOUND;
+        case codeGetGreater:
+            isFound = storage.findEntry(index, Direction::forward, key, behindAllAddresses, entry);
+            break;
+        case codeGetGreaterOrEqual:
+            isFound = storage.findEntry(index, Direction::forward, key, 0, entry);
+            break;
+        case codeGetLess:
+            isFound = storage.findEntry(index, Direction::backward, key, 0, entry);
+            break;
+        default:
+            isFound = storage.findEntry(index, Direction::backward, key, behindAllAddresses, entry);
+            break;
+    }
+    return isFound ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_END_OF_FILE;
+}
+
+// Where next and previous go on after a search that found nothing.
+int64_t placeAddressOf(uint16_t operation) {
+    bool isBehindTheKey = operation == codeGetGreater || operation == codeGetLessOrEqual;
+    return isBehindTheKey ? behindAllAddresses : 0;
+}
+
+int32_t readBySearch(Session &session, Position &position, Request &request, const IndexDefinition &index,
+                     StoredEntry *entry) {
+    thread_local Bytes key;
+    key.clear();
+    appendEncodedKey(index, keyBytes(request, index.keyLength), key);
+    int32_t status = findAndLock(session, position, request, entry, [&](StoredEntry *found) {
+        return searchKey(position.file->storage(), request.operation, index.number, key, found);
+    });
+    if (status != VANTREL_STATUS_NO_ERROR) {
+        position.setLogical(index.number, key, placeAddressOf(request.operation));
+        position.clearCurrent();
+        position.physical.reset();
+    }
+    return status;
+}
+
+int32_t readFirstOrLast(Session &session, Position &position, Request &request, const IndexDefinition &index,
+                        StoredEntry *entry) {
+    return findAndLock(session, position, request, entry, [&](StoredEntry *found) {
+        Storage &storage = position.file->storage();
+        bool isFound = request.operation == codeGetFirst
+                           ? storage.findEntry(index.number, Direction::forward, {}, 0, found)
+                           : storage.findLastEntry(index.number, found);
+        return isFound ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_END_OF_FILE;
+    });
+}
+
+int32_t readNeighbour(Session &session, Position &position, Request &request, const IndexDefinition &index,
+                      StoredEntry *entry) {
+    if (!position.logical)
+        return VANTREL_STATUS_POSITION_NOT_SET;
+    if (position.logical->index != index.number)
+        return VANTREL_STATUS_DIFFERENT_INDEX_NUMBER;
+    const LogicalPlace &place = *position.logical;
+    Direction direction = request.operation == codeGetNext ? Direction::forward : Direction::backward;
+    return findAndLock(session, position, request, entry, [&](StoredEntry *found) {
+        bool isFound =
+            position.file->storage().findEntry(index.number, direction, place.key, place.address, found);
+        return isFound ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_END_OF_FILE;
+    });
+}
+
+int32_t findByKey(Session &session, Position &position, Request &request, const IndexDefinition &index,
+                  StoredEntry *entry) {
+    switch (request.operation) {
+        case codeGetFirst:
+        case codeGetLast:
+            return readFirstOrLast(session, position, request, index, entry);
+        case codeGetNext:
+        case codeGetPrevious:
+            return readNeighbour(session, position, request, index, entry);
+        default:
+            return readBySearch(session, position, request, index, entry);
+    }
+}
+
+}  // namespace
+
+int32_t readByKey(Session &session, Request &request) {
+    Position &position = session.position(request.positionBlock);
+    bool isNeighbour = request.operation == codeGetNext || request.operation == codeGetPrevious;
+    if (isNeighbour && request.keyNumber == VANTREL_INDEX_NONE)
+        return VANTREL_STATUS_POSITION_NOT_SET;
+    std::shared_ptr<const IndexDefinition> index = position.file->index(request.keyNumber);
+    StoredEntry entry;
+    int32_t status = findByKey(session, position, request, *index, &entry);
+    if (status != VANTREL_STATUS_NO_ERROR)
+        return status;
+    position.setLogical(index->number, entry.key, entry.record.address);
+    position.setCurrent(entry.record.address, entry.record.updateTime);
+    deliverKey(request, *index, entry.record.data);
+    return deliverRecord(request, entry.record);
+}
+
+int32_t readByStep(Session &session, Request &request) {
+    Position &position = session.position(request.positionBlock);
+    bool isFromCurrent = request.operation == codeStepNext || request.operation == codeStepPrevious;
+    if (isFromCurrent && !position.physical)
+        return VANTREL_STATUS_POSITION_NOT_SET;
+    bool isForward = request.operation == codeStepNext || request.operation == codeStepFirst;
+    int64_t from = isFromCurrent ? *position.physical : isForward ? 0 : behindAllAddresses;
+    StoredEntry entry;
+    int32_t status = findAndLock(session, position, request, &entry, [&](StoredEntry *found) {
+        bool isFound = position.file->storage().findRecord(
+            isForward ? Direction::forward : Direction::backward, from, &found->record);
+        return isFound ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_END_OF_FILE;
+    });
+    if (status != VANTREL_STATUS_NO_ERROR)
+        return status;
+    position.setCurrent(entry.record.address, entry.record.updateTime);
+    return deliverRecord(request, entry.record);
+}
+
+}  // namespace vantrel::embedded

@@ -1,0 +1,200 @@
+#include "embedded/operation/record_change.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "embedded/key/encoding.h"
+#include "engine/bytes.h"
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr uint64_t ticksPerSecond = 10'000'000;
+constexpr uint64_t unixEpochTicks = 621'355'968'000'000'000;
+
+// Times are versions too, so that no two changes of a file may have the same.
+uint64_t nextTime(uint64_t lastTime) {
+    timespec now;
+    clock_gettime(CLOCK_REALTIME, &now);
+    uint64_t ticks = unixEpochTicks + static_cast<uint64_t>(now.tv_sec) * ticksPerSecond +
+                     static_cast<uint64_t>(now.tv_nsec) / 100;
+    return std::max(ticks, lastTime + 1);
+}
+
+bool isZero(ByteView bytes) {
+    return bytes.find_first_not_of('\0') == ByteView::npos;
+}
+
+int64_t loadSigned(ByteView bytes) {
+    uint64_t value = static_cast<uint8_t>(bytes.back()) & 0x80 ? ~uint64_t{0} : 0;
+    for (size_t byte = bytes.size(); byte-- > 0;)
+        value = value << 8 | static_cast<uint8_t>(bytes[byte]);
+    return static_cast<int64_t>(value);
+}
+
+void storeUnsigned(char *bytes, size_t length, uint64_t value) {
+    for (size_t byte = 0; byte < length; ++byte, value >>= 8)
+        bytes[byte] = static_cast<char>(value);
+}
+
+// The highest value of an index whose first segment is the field, plus one.
+uint64_t nextAutoincrement(Storage &storage, const IndexDefinition &index) {
+    const KeySegment &field = index.segments.front();
+    StoredEntry entry;
+    bool isFound = field.descending ? storage.findEntry(index.number, Direction::forward, {}, 0, &entry)
+                                    : storage.findLastEntry(index.number, &entry);
+    int64_t highest = isFound ? loadSigned(entry.record.data.substr(field.offset, field.length)) : 0;
+    uint64_t next = highest < 0 ? 1 : static_cast<uint64_t>(highest) + 1;
+    if (next >> (8 * field.length - 1) != 0)
+        throw StatusError{VANTREL_STATUS_AUTOINCREMENT_ERROR};
+    return next;
+}
+
+void encodeEntry(const IndexDefinition &index, ByteView record, bool *isPresent, Bytes *key) {
+    Bytes rawKey;
+    extractRawKey(index, record, rawKey);
+    *isPresent = !keyIsNull(index, rawKey);
+    key->clear();
+    if (*isPresent)
+        appendEncodedKey(index, rawKey, *key);
+}
+
+}  // namespace
+
+RecordChange::RecordChange(Storage &storage)
+    : storage_(storage), definition_(storage.definition()), time_(nextTime(storage.state().lastTime)) {}
+
+std::optional<DuplicateKey> RecordChange::prepareInsert(Bytes &record) {
+    kind_ = Kind::insert;
+    address_ = storage_.state().lastAddress + 1;
+    fillAutomaticFields(record);
+    record_ = record;
+    prepareEntries(nullptr, &record_);
+    return findDuplicate(0);
+}
+
+std::optional<DuplicateKey> RecordChange::prepareUpdate(const StoredRecord &old, ByteView record) {
+    kind_ = Kind::update;
+    address_ = old.address;
+    record_ = record;
+    prepareEntries(&old, &record_);
+    for (const EntryChange &entry : entries_) {
+        if (!entry.index->modifiable)
+            throw StatusError{VANTREL_STATUS_MODIFIABLE_KEY_VALUE_ERROR};
+    }
+    return findDuplicate(old.address);
+}
+
+void RecordChange::prepareDelete(const StoredRecord &old) {
+    kind_ = Kind::erase;
+    address_ = old.address;
+    prepareEntries(&old, nullptr);
+}
+
+void RecordChange::fillAutomaticFields(Bytes &record) {
+    for (const IndexDefinition &index : definition_->indexes) {
+        for (const KeySegment &segment : index.segments) {
+            bool isAutoincrement =
+                segment.type == KeyType::autoincrement && &segment == &index.segments.front();
+            bool isAutoTimestamp = segment.type == KeyType::autoTimestamp;
+            if (!(isAutoincrement || isAutoTimestamp) ||
+                !isZero(ByteView(record).substr(segment.offset, segment.length)))
+                continue;
+            storeUnsigned(record.data() + segment.offset, segment.length,
+                          isAutoincrement ? nextAutoincrement(storage_, index) : time_);
+        }
+    }
+}
+
+bool RecordChange::keysDiffer(const IndexDefinition &index, const StoredRecord *old, const ByteView *record) {
+    if (old == nullptr || record == nullptr)
+        return true;
+    return std::any_of(index.segments.begin(), index.segments.end(), [&](const KeySegment &segment) {
+        return old->data.substr(segment.offset, segment.length) !=
+               record->substr(segment.offset, segment.length);
+    });
+}
+
+// The old record's bytes are used here only, before the storage is asked for anything else.
+void RecordChange::prepareEntries(const StoredRecord *old, const ByteView *record) {
+    entries_.clear();
+    size_t slot = 0;
+    for (const IndexDefinition &index : definition_->indexes) {
+        size_t countSlot = slot++;
+        if (!keysDiffer(index, old, record))
+            continue;
+        EntryChange &entry = entries_.emplace_back();
+        entry.index = &index;
+        entry.countSlot = countSlot;
+        entry.erases = entry.inserts = entry.keyExisted = false;
+        if (old != nullptr)
+            encodeEntry(index, old->data, &entry.erases, &entry.oldKey);
+        if (record != nullptr)
+            encodeEntry(index, *record, &entry.inserts, &entry.newKey);
+    }
+}
+
+std::optional<DuplicateKey> RecordChange::findDuplicate(int64_t ownAddress) {
+    for (EntryChange &entry : entries_) {
+        if (!entry.inserts)
+            continue;
+        int64_t existing = storage_.firstAddress(entry.index->number, entry.newKey);
+        entry.keyExisted = existing != 0;
+        if (entry.index->unique && existing != 0 && existing != ownAddress)
+            return DuplicateKey{existing, entry.index->number};
+    }
+    return std::nullopt;
+}
+
+void RecordChange::applyEntries(int64_t address) {
+    FileState &state = storage_.state();
+    for (EntryChange &entry : entries_) {
+        uint8_t index = entry.index->number;
+        bool keyStays = entry.erases && entry.inserts && entry.oldKey == entry.newKey;
+        if (keyStays)
+            continue;
+        if (entry.erases) {
+            storage_.deleteEntry(index, entry.oldKey, address);
+            if (storage_.firstAddress(index, entry.oldKey) == 0)
+                --state.uniqueCounts[entry.countSlot];
+        }
+        if (entry.inserts) {
+            storage_.insertEntry(index, entry.newKey, address);
+            if (!entry.keyExisted)
+                ++state.uniqueCounts[entry.countSlot];
+        }
+    }
+}
+
+RecordChange::Applied RecordChange::apply() {
+    FileState &state = storage_.state();
+    state.lastTime = time_;
+    switch (kind_) {
+        case Kind::insert:
+            storage_.insertRecord({address_, time_, time_, record_});
+            state.lastAddress = address_;
+            ++state.recordCount;
+            break;
+        case Kind::update:
+            storage_.updateRecord(address_, time_, record_);
+            break;
+        case Kind::erase:
+            storage_.deleteRecord(address_);
+            --state.recordCount;
+            break;
+    }
+    applyEntries(address_);
+    return {address_, time_};
+}
+
+const Bytes *RecordChange::newKey(uint8_t index) const {
+    for (const EntryChange &entry : entries_) {
+        if (entry.index->number == index && entry.inserts)
+            return &entry.newKey;
+    }
+    return nullptr;
+}
+
+}  // namespace vantrel::embedded

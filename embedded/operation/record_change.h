@@ -1,0 +1,68 @@
+#ifndef VANTREL_EMBEDDED_OPERATION_RECORD_CHANGE_H
+#define VANTREL_EMBEDDED_OPERATION_RECORD_CHANGE_H
+
+#include <optional>
+#include <vector>
+
+#include "embedded/storage/storage.h"
+
+namespace vantrel::embedded {
+
+// A record that already has the key, and the index that allows no duplicates of it.
+struct DuplicateKey {
+    int64_t address;
+    uint8_t index;
+};
+
+// Inserts, updates and deletes records together with their index entries, inside a write transaction. Each
+// change is checked in whole before its first write: `prepare...` returns or throws what forbids it, and
+// `apply` then writes.
+class RecordChange {
+  public:
+    explicit RecordChange(Storage &storage);
+
+    // Autoincrement fields of zero and empty automatic timestamps are filled in the record.
+    std::optional<DuplicateKey> prepareInsert(Bytes &record);
+    // A changed key that is not modifiable is thrown as status 10.
+    std::optional<DuplicateKey> prepareUpdate(const StoredRecord &old, ByteView record);
+    void prepareDelete(const StoredRecord &old);
+
+    // Returns the record's address and version afterwards.
+    struct Applied {
+        int64_t address;
+        uint64_t version;
+    };
+    Applied apply();
+
+    // The new record's entry in an index; null where it has none.
+    const Bytes *newKey(uint8_t index) const;
+
+  private:
+    // What happens to one index.
+    struct EntryChange {
+        const IndexDefinition *index;
+        size_t countSlot;
+        bool erases, inserts;
+        bool keyExisted;
+        Bytes oldKey, newKey;
+    };
+    enum class Kind { insert, update, erase };
+
+    void prepareEntries(const StoredRecord *old, const ByteView *record);
+    bool keysDiffer(const IndexDefinition &index, const StoredRecord *old, const ByteView *record);
+    std::optional<DuplicateKey> findDuplicate(int64_t ownAddress);
+    void applyEntries(int64_t address);
+    void fillAutomaticFields(Bytes &record);
+
+    Storage &storage_;
+    std::shared_ptr<const FileDefinition> definition_;
+    Kind kind_ = Kind::insert;
+    int64_t address_ = 0;
+    uint64_t time_ = 0;
+    ByteView record_;
+    std::vector<EntryChange> entries_;
+};
+
+}  // namespace vantrel::embedded
+
+#endif

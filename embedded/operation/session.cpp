@@ -1,0 +1,189 @@
+#include "embedded/operation/session.h"
+
+#include <sys/random.h>
+
+#include <cstring>
+
+#include "engine/bytes.h"
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr uint32_t slotOffset = 0;
+constexpr uint32_t cookieOffset = 8;
+
+// A slot number, and a random cookie that fills the rest of the block.
+PositionBlock makeBlock(uint32_t slot) {
+    PositionBlock block{};
+    storeU32(block.data() + slotOffset, slot);
+    size_t cookieSize = block.size() - cookieOffset;
+    if (getrandom(block.data() + cookieOffset, cookieSize, 0) != static_cast<ssize_t>(cookieSize))
+        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+    return block;
+}
+
+}  // namespace
+
+Session::~Session() {
+    reset();
+}
+
+Position &Session::position(const void *block) {
+    if (block != nullptr) {
+        uint32_t slot = loadU32(static_cast<const uint8_t *>(block) + slotOffset);
+        Position *found = slot < positions_.size() ? positions_[slot].get() : nullptr;
+        if (found != nullptr && found->blockAddress == block &&
+            memcmp(found->block.data(), block, found->block.size()) == 0)
+            return *found;
+    }
+    throw StatusError{VANTREL_STATUS_FILE_NOT_OPEN};
+}
+
+Position &Session::addPosition(OpenFile &file, void *block) {
+    uint32_t slot = 0;
+    while (slot < positions_.size() && positions_[slot] != nullptr)
+        ++slot;
+    if (slot == positions_.size())
+        positions_.emplace_back();
+    auto position = std::make_unique<Position>();
+    position->file = &file;
+    position->block = makeBlock(slot);
+    position->blockAddress = block;
+    position->handleMark = file.lockFile().addHandle();
+    file.positions().insert(position.get());
+    memcpy(block, position->block.data(), position->block.size());
+    positions_[slot] = std::move(position);
+    ++positionCount_;
+    return *positions_[slot];
+}
+
+void Session::removePosition(Position &position) {
+    OpenFile &file = *position.file;
+    file.unlockAll(position);
+    file.lockFile().removeHandle(position.handleMark);
+    file.positions().erase(&position);
+    if (position.isExclusive)
+        file.lockFile().makeShared();
+    positions_[loadU32(position.block.data() + slotOffset)].reset();
+    --positionCount_;
+    removeFileIfUnused(file);
+}
+
+OpenFile *Session::findFile(const std::string &path) {
+    auto found = files_.find(path);
+    return found == files_.end() ? nullptr : found->second.get();
+}
+
+OpenFile &Session::addFile(std::unique_ptr<OpenFile> file) {
+    std::string path = file->path();
+    return *(files_[path] = std::move(file));
+}
+
+// A transaction's changes keep the file open until it ends.
+void Session::removeFileIfUnused(OpenFile &file) {
+    if (!file.positions().empty() || file.storage().isWriting())
+        return;
+    if (file.storage().hasUnsyncedCommits()) {
+        file.storage().setAccelerated(false);
+        file.storage().sync();
+    }
+    files_.erase(std::string(file.path()));
+}
+
+void Session::touch(OpenFile &file) {
+    if (transaction == TransactionKind::exclusive && !file.storage().isWriting())
+        file.storage().begin(Waiting::yes);
+}
+
+void Session::commitTransaction() {
+    bool isDoomed = transactionIsDoomed;
+    if (!isDoomed) {
+        try {
+            for (auto &[path, file] : files_) {
+                if (file->storage().isWriting())
+                    file->storage().commit(Durability::synced);
+                file->changesKept();
+            }
+        } catch (...) {
+            rollbackTransaction();
+            throw;
+        }
+    }
+    rollbackTransaction();
+    if (isDoomed)
+        throw StatusError{VANTREL_STATUS_END_CHANGED_TO_ABORT};
+}
+
+void Session::rollbackTransaction() {
+    for (auto &[path, file] : files_) {
+        if (!file->storage().isWriting())
+            continue;
+        file->storage().rollback();
+        file->changesTakenBack();
+    }
+    endTransaction();
+}
+
+void Session::endTransaction() {
+    transaction = TransactionKind::none;
+    transactionLock = LockBias::none;
+    transactionIsDoomed = false;
+    std::vector<OpenFile *> open;
+    for (auto &[path, file] : files_) {
+        file->unlockTransaction();
+        open.push_back(file.get());
+    }
+    for (OpenFile *file : open)
+        removeFileIfUnused(*file);
+}
+
+void Session::reset() {
+    if (insideTransaction())
+        rollbackTransaction();
+    for (auto &position : positions_) {
+        if (position != nullptr)
+            removePosition(*position);
+    }
+    positions_.clear();
+    files_.clear();
+    directory.clear();
+    login = {};
+}
+
+void Session::housekeep() {
+    for (auto &[path, file] : files_)
+        file->housekeep(wasUsed);
+    wasUsed = false;
+}
+
+void Session::abandon() {
+    for (auto &[path, file] : files_)
+        file->abandon();
+    files_.clear();
+}
+
+ChangeScope::ChangeScope(Session &session, OpenFile &file) : session_(session), storage_(file.storage()) {
+    if (session.insideTransaction() && session.transactionIsDoomed)
+        throw StatusError{VANTREL_STATUS_END_CHANGED_TO_ABORT};
+    if (!storage_.isWriting())
+        storage_.begin(session.waiting());
+}
+
+ChangeScope::~ChangeScope() {
+    if (isDone_)
+        return;
+    if (session_.insideTransaction())
+        session_.transactionIsDoomed |= hasBegun_;
+    else
+        storage_.rollback();
+}
+
+void ChangeScope::commit() {
+    if (!session_.insideTransaction())
+        storage_.commit(Durability::soon);
+    isDone_ = true;
+}
+
+}  // namespace vantrel::embedded

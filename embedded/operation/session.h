@@ -1,0 +1,103 @@
+#ifndef VANTREL_EMBEDDED_OPERATION_SESSION_H
+#define VANTREL_EMBEDDED_OPERATION_SESSION_H
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "embedded/operation/open_file.h"
+#include "embedded/operation/position.h"
+
+namespace vantrel::embedded {
+
+enum class TransactionKind : uint8_t { none, exclusive, concurrent, concurrentNoWait };
+
+struct Login {
+    bool isActive = false;
+    std::string user;
+    std::string database;
+};
+
+// Everything that one client identifier block holds.
+class Session {
+  public:
+    ~Session();
+
+    // Serialises the calls of the session; housekeeping takes it too.
+    std::mutex mutex;
+    std::atomic<bool> housekeepingIsDue{false};
+    // Whether a call was made since the last housekeeping.
+    bool wasUsed = false;
+
+    std::string directory;  // empty: the process's own
+    Login login;
+
+    TransactionKind transaction = TransactionKind::none;
+    LockBias transactionLock = LockBias::none;
+    // A change failed halfway: the transaction can only be taken back.
+    bool transactionIsDoomed = false;
+
+    // The position a caller's block stands for, else status 3 is thrown.
+    Position &position(const void *block);
+    // Opens a position on a file already or newly opened, and fills the block.
+    Position &addPosition(OpenFile &file, void *block);
+    void removePosition(Position &position);
+    bool hasPositions() const { return positionCount_ != 0; }
+
+    // Null where the session has no file of that path open.
+    OpenFile *findFile(const std::string &path);
+    OpenFile &addFile(std::unique_ptr<OpenFile> file);
+    void removeFileIfUnused(OpenFile &file);
+
+    bool insideTransaction() const { return transaction != TransactionKind::none; }
+    Waiting waiting() const {
+        return transaction == TransactionKind::concurrentNoWait ? Waiting::no : Waiting::yes;
+    }
+    // Called before a file is read: an exclusive transaction takes it for itself.
+    void touch(OpenFile &file);
+    // Ends the transaction with all its changes, or with none of them.
+    void commitTransaction();
+    void rollbackTransaction();
+
+    // Ends everything that the session holds.
+    void reset();
+
+    void housekeep();
+    const std::map<std::string, std::unique_ptr<OpenFile>> &files() const { return files_; }
+    // The files are no longer this process's.
+    void abandon();
+
+  private:
+    void endTransaction();
+
+    std::map<std::string, std::unique_ptr<OpenFile>> files_;
+    std::vector<std::unique_ptr<Position>> positions_;  // by slot, null where free
+    size_t positionCount_ = 0;
+};
+
+// The changes of one operation: a transaction of its own, or part of the session's. Leaving the scope
+// without a commit takes them back, or dooms the session's transaction if they had begun.
+class ChangeScope {
+  public:
+    ChangeScope(Session &session, OpenFile &file);
+    ~ChangeScope();
+    ChangeScope(const ChangeScope &) = delete;
+    ChangeScope &operator=(const ChangeScope &) = delete;
+
+    // From here on a failure leaves something half done.
+    void beginChanges() { hasBegun_ = true; }
+    void commit();
+
+  private:
+    Session &session_;
+    Storage &storage_;
+    bool hasBegun_ = false;
+    bool isDone_ = false;
+};
+
+}  // namespace vantrel::embedded
+
+#endif

@@ -1,0 +1,127 @@
+#include "embedded/storage/sqlite_database.h"
+
+#include <new>
+#include <utility>
+
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+int32_t statusOfSqliteError(int code) {
+    switch (code & 0xFF) {
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return VANTREL_STATUS_FILE_IN_USE;
+        case SQLITE_NOMEM:
+            return VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE;
+        case SQLITE_READONLY:
+            return VANTREL_STATUS_ACCESS_TO_FILE_DENIED;
+        case SQLITE_FULL:
+            return VANTREL_STATUS_DISK_FULL;
+        case SQLITE_CANTOPEN:
+        case SQLITE_PERM:
+        case SQLITE_AUTH:
+            return VANTREL_STATUS_PERMISSION_ERROR;
+        case SQLITE_NOTADB:
+            return VANTREL_STATUS_NOT_A_VANTREL_FILE;
+        case SQLITE_IOERR:
+        case SQLITE_CORRUPT:
+        case SQLITE_PROTOCOL:
+            return VANTREL_STATUS_INPUT_OUTPUT_ERROR;
+        case SQLITE_TOOBIG:
+            return VANTREL_STATUS_FILE_FULL;
+        default:
+            return VANTREL_STATUS_UNRECOVERABLE_ERROR;
+    }
+}
+
+void check(int code) {
+    if (code != SQLITE_OK)
+        throwSqliteError(code);
+}
+
+}  // namespace
+
+void throwSqliteError(int code) {
+    if (code == SQLITE_IOERR_NOMEM)
+        throw std::bad_alloc();
+    throw StatusError{statusOfSqliteError(code)};
+}
+
+Statement::Statement(sqlite3 *database, const char *sql) {
+    check(sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr));
+}
+
+Statement &Statement::operator=(Statement &&other) noexcept {
+    std::swap(statement_, other.statement_);
+    return *this;
+}
+
+Statement &Statement::bind(int parameter, int64_t value) {
+    check(sqlite3_bind_int64(statement_, parameter, value));
+    return *this;
+}
+
+Statement &Statement::bind(int parameter, ByteView bytes) {
+    // A null pointer would bind NULL rather than no bytes.
+    const char *first = bytes.empty() ? "" : bytes.data();
+    check(sqlite3_bind_blob64(statement_, parameter, first, bytes.size(), SQLITE_STATIC));
+    return *this;
+}
+
+bool Statement::step() {
+    int code = sqlite3_step(statement_);
+    if (code == SQLITE_ROW)
+        return true;
+    if (code == SQLITE_DONE)
+        return false;
+    sqlite3_reset(statement_);
+    throwSqliteError(code);
+}
+
+void Statement::run() {
+    step();
+    reset();
+}
+
+ByteView Statement::bytes(int column) const {
+    const void *first = sqlite3_column_blob(statement_, column);
+    auto length = static_cast<size_t>(sqlite3_column_bytes(statement_, column));
+    if (first == nullptr && length != 0)
+        throw std::bad_alloc();
+    return ByteView(static_cast<const char *>(first), length);
+}
+
+Database::Database(const std::string &path, int flags) {
+    int code = sqlite3_open_v2(path.c_str(), &database_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (code == SQLITE_OK)
+        code = sqlite3_extended_result_codes(database_, 1);
+    if (code != SQLITE_OK) {
+        sqlite3_close_v2(database_);
+        throwSqliteError(code);
+    }
+}
+
+Database &Database::operator=(Database &&other) noexcept {
+    std::swap(database_, other.database_);
+    return *this;
+}
+
+void Database::execute(const std::string &sql) {
+    check(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr));
+}
+
+int64_t Database::integer(const char *sql) {
+    Statement statement = prepare(sql);
+    return statement.step() ? statement.integer(0) : 0;
+}
+
+sqlite3_file *Database::file(int control) const {
+    sqlite3_file *found = nullptr;
+    sqlite3_file_control(database_, "main", control, &found);
+    return found != nullptr && found->pMethods != nullptr ? found : nullptr;
+}
+
+}  // namespace vantrel::embedded

@@ -1,0 +1,83 @@
+#ifndef VANTREL_EMBEDDED_STORAGE_SQLITE_DATABASE_H
+#define VANTREL_EMBEDDED_STORAGE_SQLITE_DATABASE_H
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <string>
+
+#include "embedded/key/definition.h"
+#include "embedded/status_error.h"
+
+namespace vantrel::embedded {
+
+[[noreturn]] void throwSqliteError(int code);
+
+// A prepared statement that goes with its owner. Texts and blobs bound must outlive the next reset.
+class Statement {
+  public:
+    Statement() = default;
+    Statement(sqlite3 *database, const char *sql);
+    ~Statement() { sqlite3_finalize(statement_); }
+    Statement(Statement &&other) noexcept : statement_(other.statement_) { other.statement_ = nullptr; }
+    Statement &operator=(Statement &&other) noexcept;
+
+    explicit operator bool() const { return statement_ != nullptr; }
+
+    Statement &bind(int parameter, int64_t value);
+    Statement &bind(int parameter, uint64_t value) { return bind(parameter, static_cast<int64_t>(value)); }
+    Statement &bind(int parameter, ByteView bytes);
+
+    // True where there is a row, false at the end.
+    bool step();
+    // Steps a statement that gives no rows, and resets it.
+    void run();
+    void reset() { sqlite3_reset(statement_); }
+
+    int64_t integer(int column) const { return sqlite3_column_int64(statement_, column); }
+    // Valid until the statement is stepped or reset.
+    ByteView bytes(int column) const;
+
+  private:
+    sqlite3_stmt *statement_ = nullptr;
+};
+
+// Resets a statement at the end of a scope.
+class StatementUse {
+  public:
+    explicit StatementUse(Statement &statement) : statement_(statement) {}
+    ~StatementUse() { statement_.reset(); }
+    StatementUse(const StatementUse &) = delete;
+    StatementUse &operator=(const StatementUse &) = delete;
+    Statement *operator->() { return &statement_; }
+
+  private:
+    Statement &statement_;
+};
+
+class Database {
+  public:
+    Database() = default;
+    Database(const std::string &path, int flags);
+    ~Database() { sqlite3_close_v2(database_); }
+    Database(Database &&other) noexcept : database_(other.database_) { other.database_ = nullptr; }
+    Database &operator=(Database &&other) noexcept;
+
+    sqlite3 *get() const { return database_; }
+    Statement prepare(const char *sql) const { return Statement(database_, sql); }
+    void execute(const std::string &sql);
+    // The first column of the first row.
+    int64_t integer(const char *sql);
+
+    sqlite3_file *mainFile() const { return file(SQLITE_FCNTL_FILE_POINTER); }
+    sqlite3_file *logFile() const { return file(SQLITE_FCNTL_JOURNAL_POINTER); }
+
+  private:
+    sqlite3_file *file(int control) const;
+
+    sqlite3 *database_ = nullptr;
+};
+
+}  // namespace vantrel::embedded
+
+#endif

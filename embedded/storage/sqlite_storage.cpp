@@ -1,0 +1,443 @@
+#include "embedded/storage/sqlite_storage.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "embedded/storage/sqlite_schema.h"
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr int waitMilliseconds = 30000;
+constexpr int cacheBudgetKiB = sizeof(void *) == 8 ? 65536 : 16384;
+constexpr int smallestCacheKiB = 1024;
+
+// The connections of this process, which share the cache budget.
+std::atomic<int> connections{0};
+
+constexpr int addressColumn = 0, createTimeColumn = 1, updateTimeColumn = 2, dataColumn = 3, keyColumn = 4;
+
+void takeRecord(const Statement &statement, StoredRecord *record) {
+    record->address = statement.integer(addressColumn);
+    record->createTime = static_cast<uint64_t>(statement.integer(createTimeColumn));
+    record->updateTime = static_cast<uint64_t>(statement.integer(updateTimeColumn));
+    record->data = statement.bytes(dataColumn);
+}
+
+bool hasIndex(const FileDefinition &definition, uint8_t number) {
+    return std::any_of(definition.indexes.begin(), definition.indexes.end(),
+                       [number](const IndexDefinition &index) { return index.number == number; });
+}
+
+constexpr const char *entryColumns =
+    "SELECT r.address, r.created, r.updated, r.data, e.key FROM index_%u e CROSS JOIN record r "
+    "ON r.address = e.address ";
+constexpr const char *recordColumns = "SELECT address, created, updated, data FROM record ";
+
+}  // namespace
+
+void SqliteStorage::Scan::reset() {
+    if (onRow)
+        statement.reset();
+    onRow = false;
+}
+
+SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &options)
+    : database_(path, options.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) {
+    sqlite3_busy_timeout(database_.get(), waitMilliseconds);
+    checkFormat(database_);
+    database_.execute(
+        "PRAGMA trusted_schema = OFF; PRAGMA secure_delete = OFF; PRAGMA temp_store = MEMORY;"
+        "PRAGMA mmap_size = 0; PRAGMA cell_size_check = ON; PRAGMA wal_autocheckpoint = 10000;"
+        "PRAGMA synchronous = NORMAL");
+    begin_ = database_.prepare("BEGIN");
+    beginImmediate_ = database_.prepare("BEGIN IMMEDIATE");
+    commit_ = database_.prepare("COMMIT");
+    rollback_ = database_.prepare("ROLLBACK");
+    readGeneration_ = database_.prepare("SELECT generation FROM definition WHERE id = 1");
+    reload();
+    setAccelerated(options.accelerated);
+    ++connections;
+}
+
+SqliteStorage::~SqliteStorage() {
+    --connections;
+}
+
+void SqliteStorage::setAccelerated(bool accelerated) {
+    if (accelerated == accelerated_ || writing_)
+        return;
+    releaseSnapshot();
+    database_.execute(accelerated ? "PRAGMA synchronous = OFF" : "PRAGMA synchronous = NORMAL");
+    accelerated_ = accelerated;
+}
+
+// Reading
+
+std::shared_ptr<const FileDefinition> SqliteStorage::definition() {
+    beginReading();
+    return definition_;
+}
+
+void SqliteStorage::beginReading() {
+    scansAreOpen_ = true;
+    if (writing_ || (reading_ && snapshotIsCurrent()))
+        return;
+    releaseSnapshot();
+    takeSnapshot();
+}
+
+// The header is read before the snapshot begins: a commit in between makes the comparison fail, never pass.
+void SqliteStorage::takeSnapshot() {
+    if (logIsOpen_)
+        snapshotHeader_ = walIndex_.read(database_.mainFile());
+    begin_.run();
+    reading_ = true;
+    reloadIfRedefined();
+    logIsOpen_ = true;
+    shareCache();
+}
+
+bool SqliteStorage::snapshotIsCurrent() {
+    return writing_ || (reading_ && walIndex_.equals(snapshotHeader_));
+}
+
+void SqliteStorage::releaseSnapshot() {
+    if (!reading_)
+        return;
+    resetScans();
+    commit_.run();
+    reading_ = false;
+}
+
+void SqliteStorage::reloadIfRedefined() {
+    StatementUse generation(readGeneration_);
+    if (generation->step() && generation->integer(0) == generation_)
+        return;
+    reload();
+}
+
+void SqliteStorage::reload() {
+    indexes_.clear();
+    definition_ = std::make_shared<FileDefinition>(loadDefinition(database_));
+    StatementUse generation(readGeneration_);
+    generation_ = generation->step() ? generation->integer(0) : -1;
+}
+
+void SqliteStorage::shareCache() {
+    int shares = connections;
+    if (shares == cacheShares_ || shares == 0)
+        return;
+    cacheShares_ = shares;
+    int size = std::max(cacheBudgetKiB / shares, smallestCacheKiB);
+    database_.execute("PRAGMA cache_size = -" + std::to_string(size));
+}
+
+void SqliteStorage::resetScans() {
+    if (!scansAreOpen_)
+        return;
+    scansAreOpen_ = false;
+    for (auto &[number, statements] : indexes_) {
+        statements.forward.reset();
+        statements.backward.reset();
+        if (statements.last)
+            statements.last.reset();
+    }
+    recordsForward_.reset();
+    recordsBackward_.reset();
+    if (readRecord_)
+        readRecord_.reset();
+}
+
+SqliteStorage::IndexStatements &SqliteStorage::statementsOf(uint8_t index) {
+    return indexes_[index];
+}
+
+Statement &SqliteStorage::prepared(Statement &statement, const char *sql) {
+    if (!statement)
+        statement = database_.prepare(sql);
+    return statement;
+}
+
+Statement &SqliteStorage::prepared(Statement &statement, uint8_t index, const char *head, const char *tail) {
+    if (!statement) {
+        if (!hasIndex(*definition_, index))
+            throw StatusError{VANTREL_STATUS_INVALID_INDEX_NUMBER};
+        char *sql = sqlite3_mprintf(head, static_cast<unsigned>(index));
+        std::string text = std::string(sql == nullptr ? "" : sql) + tail;
+        sqlite3_free(sql);
+        statement = database_.prepare(text.c_str());
+    }
+    return statement;
+}
+
+bool SqliteStorage::advance(Scan &scan, StoredEntry *found) {
+    scan.onRow = false;
+    if (!scan.statement.step()) {
+        scan.statement.reset();
+        return false;
+    }
+    scan.onRow = true;
+    takeRecord(scan.statement, &found->record);
+    found->key = scan.statement.bytes(keyColumn);
+    scan.key.assign(found->key);
+    scan.address = found->record.address;
+    return true;
+}
+
+bool SqliteStorage::findEntry(uint8_t index, Direction direction, ByteView key, int64_t address,
+                              StoredEntry *found) {
+    beginReading();
+    IndexStatements &statements = statementsOf(index);
+    bool isForward = direction == Direction::forward;
+    Scan &scan = isForward ? statements.forward : statements.backward;
+    if (!scan.standsAt(key, address)) {
+        prepared(scan.statement, index, entryColumns,
+                 isForward ? "WHERE (e.key, e.address) > (?1, ?2) ORDER BY e.key, e.address"
+                           : "WHERE (e.key, e.address) < (?1, ?2) ORDER BY e.key DESC, e.address DESC");
+        scan.statement.reset();
+        scan.boundKey.assign(key);
+        scan.statement.bind(1, ByteView(scan.boundKey)).bind(2, address);
+    }
+    return advance(scan, found);
+}
+
+bool SqliteStorage::findLastEntry(uint8_t index, StoredEntry *found) {
+    beginReading();
+    Statement &last = prepared(statementsOf(index).last, index, entryColumns,
+                               "ORDER BY e.key DESC, e.address DESC LIMIT 1");
+    last.reset();
+    if (!last.step())
+        return false;
+    takeRecord(last, &found->record);
+    found->key = last.bytes(keyColumn);
+    return true;
+}
+
+bool SqliteStorage::hasEntry(uint8_t index, ByteView key, int64_t address) {
+    beginReading();
+    StatementUse has(prepared(statementsOf(index).has, index, "SELECT 1 FROM index_%u ",
+                              "WHERE key = ?1 AND address = ?2"));
+    has->bind(1, key).bind(2, address);
+    return has->step();
+}
+
+int64_t SqliteStorage::firstAddress(uint8_t index, ByteView key) {
+    beginReading();
+    StatementUse first(prepared(statementsOf(index).first, index, "SELECT address FROM index_%u ",
+                                "WHERE key = ?1 ORDER BY address LIMIT 1"));
+    first->bind(1, key);
+    return first->step() ? first->integer(0) : 0;
+}
+
+bool SqliteStorage::readRecord(int64_t address, StoredRecord *found) {
+    beginReading();
+    Statement &read =
+        prepared(readRecord_, "SELECT address, created, updated, data FROM record WHERE address = ?1");
+    read.reset();
+    if (!read.bind(1, address).step())
+        return false;
+    takeRecord(read, found);
+    return true;
+}
+
+bool SqliteStorage::findRecord(Direction direction, int64_t address, StoredRecord *found) {
+    beginReading();
+    bool isForward = direction == Direction::forward;
+    Scan &scan = isForward ? recordsForward_ : recordsBackward_;
+    if (!scan.standsAt({}, address)) {
+        if (!scan.statement)
+            scan.statement = database_.prepare(
+                (std::string(recordColumns) + (isForward ? "WHERE address > ?1 ORDER BY address"
+                                                         : "WHERE address < ?1 ORDER BY address DESC"))
+                    .c_str());
+        scan.statement.reset();
+        scan.statement.bind(1, address);
+    }
+    scan.onRow = false;
+    if (!scan.statement.step()) {
+        scan.statement.reset();
+        return false;
+    }
+    scan.onRow = true;
+    takeRecord(scan.statement, found);
+    scan.address = found->address;
+    return true;
+}
+
+FileState SqliteStorage::readState() {
+    beginReading();
+    if (writing_)
+        return state_;
+    loadState();
+    return state_;
+}
+
+void SqliteStorage::loadState() {
+    StatementUse state(prepared(
+        readState_, "SELECT record_count, last_address, last_time, unique_counts FROM state WHERE id = 1"));
+    if (!state->step())
+        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+    state_.recordCount = static_cast<uint64_t>(state->integer(0));
+    state_.lastAddress = state->integer(1);
+    state_.lastTime = static_cast<uint64_t>(state->integer(2));
+    state_.uniqueCounts = unpackCounts(state->bytes(3));
+    state_.uniqueCounts.resize(definition_->indexes.size());
+}
+
+uint64_t SqliteStorage::unusedBytes() {
+    beginReading();
+    return static_cast<uint64_t>(database_.integer("PRAGMA freelist_count") *
+                                 database_.integer("PRAGMA page_size"));
+}
+
+// Writing
+
+void SqliteStorage::begin(Waiting waiting) {
+    releaseSnapshot();
+    if (waiting == Waiting::no)
+        sqlite3_busy_timeout(database_.get(), 0);
+    try {
+        beginImmediate_.run();
+    } catch (...) {
+        sqlite3_busy_timeout(database_.get(), waitMilliseconds);
+        throw;
+    }
+    if (waiting == Waiting::no)
+        sqlite3_busy_timeout(database_.get(), waitMilliseconds);
+    writing_ = true;
+    try {
+        reloadIfRedefined();
+        loadState();
+    } catch (...) {
+        rollback();
+        throw;
+    }
+    committedState_ = state_;
+}
+
+void SqliteStorage::commit(Durability durability) {
+    try {
+        if (state_ != committedState_) {
+            StatementUse write(
+                prepared(writeState_,
+                         "UPDATE state SET record_count = ?1, last_address = ?2, last_time = ?3, "
+                         "unique_counts = ?4 WHERE id = 1"));
+            Bytes counts = packCounts(state_.uniqueCounts);
+            write->bind(1, state_.recordCount).bind(2, state_.lastAddress).bind(3, state_.lastTime);
+            write->bind(4, ByteView(counts)).run();
+        }
+        resetScans();
+        commit_.run();
+    } catch (...) {
+        rollback();
+        throw;
+    }
+    writing_ = false;
+    unsynced_ = true;
+    if (durability == Durability::synced && !accelerated_)
+        sync();
+}
+
+// SQLite may have rolled back on its own after a failure.
+void SqliteStorage::rollback() {
+    resetScans();
+    if (sqlite3_get_autocommit(database_.get()) == 0)
+        rollback_.run();
+    writing_ = false;
+    generation_ = -1;
+}
+
+void SqliteStorage::insertRecord(const StoredRecord &record) {
+    resetScans();
+    prepared(insertRecord_, "INSERT INTO record(address, created, updated, data) VALUES(?1, ?2, ?3, ?4)")
+        .bind(1, record.address)
+        .bind(2, record.createTime)
+        .bind(3, record.updateTime)
+        .bind(4, record.data)
+        .run();
+}
+
+void SqliteStorage::updateRecord(int64_t address, uint64_t updateTime, ByteView data) {
+    resetScans();
+    prepared(updateRecord_, "UPDATE record SET updated = ?2, data = ?3 WHERE address = ?1")
+        .bind(1, address)
+        .bind(2, updateTime)
+        .bind(3, data)
+        .run();
+}
+
+void SqliteStorage::deleteRecord(int64_t address) {
+    resetScans();
+    prepared(deleteRecord_, "DELETE FROM record WHERE address = ?1").bind(1, address).run();
+}
+
+void SqliteStorage::insertEntry(uint8_t index, ByteView key, int64_t address) {
+    resetScans();
+    prepared(statementsOf(index).insert, index, "INSERT INTO index_%u", "(key, address) VALUES(?1, ?2)")
+        .bind(1, key)
+        .bind(2, address)
+        .run();
+}
+
+void SqliteStorage::deleteEntry(uint8_t index, ByteView key, int64_t address) {
+    resetScans();
+    prepared(statementsOf(index).erase, index, "DELETE FROM index_%u ", "WHERE key = ?1 AND address = ?2")
+        .bind(1, key)
+        .bind(2, address)
+        .run();
+}
+
+void SqliteStorage::createIndexTable(uint8_t index) {
+    resetScans();
+    indexes_.clear();
+    createIndexTableIn(database_, index);
+}
+
+void SqliteStorage::dropIndexTable(uint8_t index) {
+    resetScans();
+    indexes_.clear();
+    database_.execute("DROP TABLE " + indexTableName(index));
+}
+
+void SqliteStorage::writeDefinition(const FileDefinition &definition) {
+    resetScans();
+    saveDefinition(database_, definition);
+    reload();
+}
+
+// Upkeep
+
+void SqliteStorage::sync() {
+    sqlite3_file *log = database_.logFile();
+    if (unsynced_ && log != nullptr) {
+        int code = log->pMethods->xSync(log, SQLITE_SYNC_NORMAL);
+        if (code != SQLITE_OK)
+            throwSqliteError(code);
+    }
+    unsynced_ = false;
+}
+
+void SqliteStorage::verify() {
+    beginReading();
+    Statement check = database_.prepare("PRAGMA integrity_check(1)");
+    bool isWhole = check.step() && check.bytes(0) == "ok";
+    check.reset();
+    if (!isWhole ||
+        database_.integer("SELECT count(*) FROM record") != static_cast<int64_t>(readState().recordCount))
+        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+}
+
+void SqliteStorage::abandon() {
+    WalIndex::makePrivate(database_.mainFile());
+    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    accelerated_ = true;
+}
+
+std::unique_ptr<Storage> openStorage(const std::string &path, const StorageOptions &options) {
+    return std::make_unique<SqliteStorage>(path, options);
+}
+
+}  // namespace vantrel::embedded

@@ -1,0 +1,110 @@
+#ifndef VANTREL_EMBEDDED_STORAGE_SQLITE_STORAGE_H
+#define VANTREL_EMBEDDED_STORAGE_SQLITE_STORAGE_H
+
+#include <map>
+
+#include "embedded/storage/sqlite_database.h"
+#include "embedded/storage/storage.h"
+#include "embedded/storage/wal_index.h"
+
+namespace vantrel::embedded {
+
+// One connection to one SQLite database in write-ahead mode. Its read transaction is held between calls and
+// renewed when somebody has committed; scans keep their statements open as long as they are followed.
+class SqliteStorage final : public Storage {
+  public:
+    SqliteStorage(const std::string &path, const StorageOptions &options);
+    ~SqliteStorage() override;
+
+    std::shared_ptr<const FileDefinition> definition() override;
+    bool findEntry(uint8_t index, Direction direction, ByteView key, int64_t address,
+                   StoredEntry *found) override;
+    bool findLastEntry(uint8_t index, StoredEntry *found) override;
+    bool hasEntry(uint8_t index, ByteView key, int64_t address) override;
+    int64_t firstAddress(uint8_t index, ByteView key) override;
+    bool readRecord(int64_t address, StoredRecord *found) override;
+    bool findRecord(Direction direction, int64_t address, StoredRecord *found) override;
+    FileState readState() override;
+    uint64_t unusedBytes() override;
+
+    void begin(Waiting waiting) override;
+    void commit(Durability durability) override;
+    void rollback() override;
+    bool isWriting() const override { return writing_; }
+
+    FileState &state() override { return state_; }
+    void insertRecord(const StoredRecord &record) override;
+    void updateRecord(int64_t address, uint64_t updateTime, ByteView data) override;
+    void deleteRecord(int64_t address) override;
+    void insertEntry(uint8_t index, ByteView key, int64_t address) override;
+    void deleteEntry(uint8_t index, ByteView key, int64_t address) override;
+    void createIndexTable(uint8_t index) override;
+    void dropIndexTable(uint8_t index) override;
+    void writeDefinition(const FileDefinition &definition) override;
+
+    bool snapshotIsCurrent() override;
+    void releaseSnapshot() override;
+    void sync() override;
+    bool hasUnsyncedCommits() const override { return unsynced_; }
+    void setAccelerated(bool accelerated) override;
+    void verify() override;
+    void abandon() override;
+
+  private:
+    // A statement that walks in one direction, and the place of the row it stands on.
+    struct Scan {
+        Statement statement;
+        bool onRow = false;
+        Bytes boundKey;
+        Bytes key;
+        int64_t address = 0;
+
+        bool standsAt(ByteView otherKey, int64_t otherAddress) const {
+            return onRow && address == otherAddress && key == otherKey;
+        }
+        void reset();
+    };
+    struct IndexStatements {
+        Scan forward, backward;
+        Statement last, has, first, insert, erase;
+    };
+
+    void beginReading();
+    void takeSnapshot();
+    void reloadIfRedefined();
+    void reload();
+    void loadState();
+    void resetScans();
+    void endTransaction(const char *how);
+    void shareCache();
+    IndexStatements &statementsOf(uint8_t index);
+    Statement &prepared(Statement &statement, const char *sql);
+    Statement &prepared(Statement &statement, uint8_t index, const char *head, const char *tail);
+    bool advance(Scan &scan, StoredEntry *found);
+
+    Database database_;
+    WalIndex walIndex_;
+    WalIndex::Header snapshotHeader_{};
+    bool logIsOpen_ = false;
+    bool reading_ = false;
+    bool writing_ = false;
+    bool unsynced_ = false;
+    bool accelerated_ = false;
+    bool scansAreOpen_ = false;
+    int cacheShares_ = 0;
+
+    std::shared_ptr<const FileDefinition> definition_;
+    int64_t generation_ = -1;
+    FileState state_;
+    FileState committedState_;
+
+    std::map<uint8_t, IndexStatements> indexes_;
+    Scan recordsForward_, recordsBackward_;
+    Statement readGeneration_, readState_, writeState_, freePages_;
+    Statement readRecord_, insertRecord_, updateRecord_, deleteRecord_;
+    Statement begin_, beginImmediate_, commit_, rollback_;
+};
+
+}  // namespace vantrel::embedded
+
+#endif

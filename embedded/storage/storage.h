@@ -1,0 +1,120 @@
+#ifndef VANTREL_EMBEDDED_STORAGE_STORAGE_H
+#define VANTREL_EMBEDDED_STORAGE_STORAGE_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "embedded/key/specification.h"
+#include "embedded/status_error.h"
+
+// The narrow interface between the operations and whatever keeps the records: tables of records by address
+// and of index entries by key and address, read in snapshots and changed in transactions.
+
+namespace vantrel::embedded {
+
+// A record as stored. The bytes stay valid until the next call of the storage.
+struct StoredRecord {
+    int64_t address = 0;
+    uint64_t createTime = 0;
+    uint64_t updateTime = 0;  // unique in the file, and so the version of the record
+    ByteView data;
+};
+
+// An entry of an index, with its record. The bytes stay valid until the next call of the storage.
+struct StoredEntry {
+    ByteView key;  // encoded
+    StoredRecord record;
+};
+
+enum class Direction { forward, backward };
+
+// Whether a transaction waits for another one to end.
+enum class Waiting { yes, no };
+
+// Whether a commit returns only when it survives power loss.
+enum class Durability { synced, soon };
+
+// What is kept for a file as a whole; changed inside a write transaction and committed with it.
+struct FileState {
+    uint64_t recordCount = 0;
+    int64_t lastAddress = 0;
+    uint64_t lastTime = 0;
+    std::vector<uint64_t> uniqueCounts;  // of the definition's indexes, in its order
+
+    bool operator==(const FileState &) const = default;
+};
+
+struct StorageOptions {
+    bool readOnly = false;
+    bool accelerated = false;
+};
+
+// Failures are thrown as StatusError.
+class Storage {
+  public:
+    virtual ~Storage() = default;
+
+    // The definition as of the snapshot that is being read.
+    virtual std::shared_ptr<const FileDefinition> definition() = 0;
+
+    // The first entry behind (before, when going backward) a key and address of an index. Entries of equal
+    // keys stand in the order of their addresses; an empty key stands before all others.
+    virtual bool findEntry(uint8_t index, Direction direction, ByteView key, int64_t address,
+                           StoredEntry *found) = 0;
+    virtual bool findLastEntry(uint8_t index, StoredEntry *found) = 0;
+    virtual bool hasEntry(uint8_t index, ByteView key, int64_t address) = 0;
+    // The lowest address under a key, 0 where there is none.
+    virtual int64_t firstAddress(uint8_t index, ByteView key) = 0;
+
+    // The record at an address, or the first one behind or before it.
+    virtual bool readRecord(int64_t address, StoredRecord *found) = 0;
+    virtual bool findRecord(Direction direction, int64_t address, StoredRecord *found) = 0;
+
+    virtual FileState readState() = 0;
+    virtual uint64_t unusedBytes() = 0;
+
+    // A write transaction keeps all other writers out; reads see its changes until it ends.
+    virtual void begin(Waiting waiting) = 0;
+    virtual void commit(Durability durability) = 0;
+    virtual void rollback() = 0;
+    virtual bool isWriting() const = 0;
+
+    // Inside a write transaction.
+    virtual FileState &state() = 0;
+    virtual void insertRecord(const StoredRecord &record) = 0;
+    virtual void updateRecord(int64_t address, uint64_t updateTime, ByteView data) = 0;
+    virtual void deleteRecord(int64_t address) = 0;
+    virtual void insertEntry(uint8_t index, ByteView key, int64_t address) = 0;
+    virtual void deleteEntry(uint8_t index, ByteView key, int64_t address) = 0;
+    virtual void createIndexTable(uint8_t index) = 0;
+    virtual void dropIndexTable(uint8_t index) = 0;
+    // Other sessions see a new definition when their next read begins.
+    virtual void writeDefinition(const FileDefinition &definition) = 0;
+
+    // True where nobody has committed since the snapshot that is being read began.
+    virtual bool snapshotIsCurrent() = 0;
+    // Lets the snapshot go, so that old versions can be dropped; the next read takes a new one.
+    virtual void releaseSnapshot() = 0;
+    // Makes all that is committed survive power loss.
+    virtual void sync() = 0;
+    virtual bool hasUnsyncedCommits() const = 0;
+    // Without effect inside a write transaction.
+    virtual void setAccelerated(bool accelerated) = 0;
+    // Damage is thrown as an input/output error.
+    virtual void verify() = 0;
+    // Gives up everything in a forked child without touching what the parent still uses.
+    virtual void abandon() = 0;
+};
+
+std::unique_ptr<Storage> openStorage(const std::string &path, const StorageOptions &options);
+
+// Nobody has the files open that these make, replace, remove or rename.
+void createStorage(const std::string &path, const FileDefinition &definition);
+void removeStorage(const std::string &path);
+void moveStorage(const std::string &from, const std::string &to);
+
+}  // namespace vantrel::embedded
+
+#endif

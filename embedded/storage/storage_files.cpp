@@ -1,0 +1,140 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+
+#include "embedded/storage/sqlite_schema.h"
+#include "embedded/storage/storage.h"
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr int64_t largestFiller = int64_t{64} << 20;
+
+[[noreturn]] void throwFileError() {
+    switch (errno) {
+        case EACCES:
+        case EPERM:
+        case EROFS:
+            throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
+        case ENOSPC:
+        case EDQUOT:
+            throw StatusError{VANTREL_STATUS_DISK_FULL};
+        case ENAMETOOLONG:
+            throw StatusError{VANTREL_STATUS_FILE_NAME_BAD};
+        case ENOENT:
+            throw StatusError{VANTREL_STATUS_FILE_NOT_FOUND};
+        default:
+            throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+    }
+}
+
+std::string newFilePath(const std::string &path) {
+    return path + "-new";
+}
+
+void removeIfThere(const std::string &path) {
+    if (unlink(path.c_str()) != 0 && errno != ENOENT)
+        throwFileError();
+}
+
+void removeSideFiles(const std::string &path) {
+    removeIfThere(path + "-wal");
+    removeIfThere(path + "-shm");
+    removeIfThere(path + "-journal");
+}
+
+void moveInto(const std::string &from, const std::string &to) {
+    if (rename(from.c_str(), to.c_str()) != 0)
+        throwFileError();
+}
+
+// A rename is durable only when the directory is.
+void syncDirectoryOf(const std::string &path) {
+    std::string directory = path.substr(0, path.rfind('/') + 1);
+    int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        throwFileError();
+    bool isSynced = fsync(descriptor) == 0 || errno == EINVAL;
+    close(descriptor);
+    if (!isSynced)
+        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+}
+
+// Pages that were filled once and freed stay with the file for the records to come.
+void preallocate(Database &database, const FileDefinition &definition) {
+    if ((definition.fileFlags & fileFlag::preallocation) == 0)
+        return;
+    int64_t remaining = int64_t{definition.preallocatedPages} * definition.pageSize;
+    database.execute("CREATE TABLE filler(bytes BLOB)");
+    Statement insert = database.prepare("INSERT INTO filler VALUES(zeroblob(?1))");
+    for (; remaining > 0; remaining -= largestFiller)
+        insert.bind(1, std::min(remaining, largestFiller)).run();
+    insert = Statement();
+    database.execute("DROP TABLE filler");
+}
+
+void fill(const std::string &path, const FileDefinition &definition) {
+    Database database(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    database.execute(
+        "PRAGMA page_size = 8192; PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; "
+        "PRAGMA secure_delete = OFF; PRAGMA application_id = " +
+        std::to_string(applicationId) + "; PRAGMA user_version = " + std::to_string(formatNumber));
+    database.execute("BEGIN");
+    createTables(database, definition);
+    preallocate(database, definition);
+    database.execute("COMMIT; PRAGMA synchronous = FULL; PRAGMA journal_mode = WAL");
+}
+
+void syncFile(const std::string &path) {
+    int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (descriptor < 0)
+        throwFileError();
+    bool isSynced = fsync(descriptor) == 0;
+    close(descriptor);
+    if (!isSynced)
+        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+}
+
+}  // namespace
+
+// The file is made under another name, so that the path never holds a half-made one.
+void createStorage(const std::string &path, const FileDefinition &definition) {
+    std::string madePath = newFilePath(path);
+    removeIfThere(madePath);
+    try {
+        fill(madePath, definition);
+        removeSideFiles(madePath);
+        syncFile(madePath);
+        removeSideFiles(path);
+        moveInto(madePath, path);
+    } catch (...) {
+        unlink(madePath.c_str());
+        unlink((madePath + "-wal").c_str());
+        unlink((madePath + "-shm").c_str());
+        throw;
+    }
+    syncDirectoryOf(path);
+}
+
+void removeStorage(const std::string &path) {
+    removeSideFiles(path);
+    removeIfThere(path);
+    syncDirectoryOf(path);
+}
+
+void moveStorage(const std::string &from, const std::string &to) {
+    // Opening and closing brings the log into the file.
+    openStorage(from, {});
+    removeSideFiles(from);
+    removeSideFiles(to);
+    moveInto(from, to);
+    syncDirectoryOf(from);
+    syncDirectoryOf(to);
+}
+
+}  // namespace vantrel::embedded

@@ -1,0 +1,64 @@
+#include "embedded/storage/wal_index.h"
+
+#include <sys/mman.h>
+
+#include <atomic>
+#include <vector>
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr int regionSize = 32768;
+
+void *mapRegion(sqlite3_file *mainFile, int region) {
+    if (mainFile == nullptr || mainFile->pMethods->iVersion < 2)
+        return nullptr;
+    void volatile *mapped = nullptr;
+    if (mainFile->pMethods->xShmMap(mainFile, region, regionSize, 0, &mapped) != SQLITE_OK)
+        return nullptr;
+    return const_cast<void *>(mapped);
+}
+
+uint64_t load(const uint64_t *word) {
+    return __atomic_load_n(word, __ATOMIC_RELAXED);
+}
+
+}  // namespace
+
+WalIndex::Header WalIndex::read(sqlite3_file *mainFile) {
+    Header header{};
+    shared_ = static_cast<const uint64_t *>(mapRegion(mainFile, 0));
+    if (shared_ == nullptr)
+        return header;
+    std::atomic_thread_fence(std::memory_order_acquire);
+    for (size_t word = 0; word < header.size(); ++word)
+        header[word] = load(shared_ + word);
+    std::atomic_thread_fence(std::memory_order_acquire);
+    return header;
+}
+
+bool WalIndex::equals(const Header &header) const {
+    if (shared_ == nullptr)
+        return false;
+    std::atomic_thread_fence(std::memory_order_acquire);
+    uint64_t difference = 0;
+    for (size_t word = 0; word < header.size(); ++word)
+        difference |= load(shared_ + word) ^ header[word];
+    return difference == 0;
+}
+
+void WalIndex::makePrivate(sqlite3_file *mainFile) {
+    for (int region = 0;; ++region) {
+        auto *mapped = static_cast<uint8_t *>(mapRegion(mainFile, region));
+        if (mapped == nullptr)
+            return;
+        std::vector<uint8_t> copy(mapped, mapped + regionSize);
+        void *replaced =
+            mmap(mapped, regionSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+        if (replaced != MAP_FAILED)
+            __builtin_memcpy(mapped, copy.data(), copy.size());
+    }
+}
+
+}  // namespace vantrel::embedded
