@@ -5,10 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-
-#include "embedded/status_error.h"
-#include "vantrel.h"
+#include "embedded/system_error.h"
 
 namespace vantrel::embedded {
 
@@ -19,30 +16,6 @@ namespace {
 constexpr int64_t userByte = 0;
 constexpr int64_t firstHandleByte = int64_t{1} << 61;
 constexpr int64_t handleRange = int64_t{1} << 61;
-
-int32_t statusOfErrno(int error) {
-    switch (error) {
-        case ENOENT:
-        case ENOTDIR:
-            return VANTREL_STATUS_FILE_NOT_FOUND;
-        case EACCES:
-        case EPERM:
-        case EROFS:
-            return VANTREL_STATUS_PERMISSION_ERROR;
-        case ENOSPC:
-        case EDQUOT:
-            return VANTREL_STATUS_DISK_FULL;
-        case ENOMEM:
-            return VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE;
-        case ENOLCK:
-            return VANTREL_STATUS_NO_SYSTEM_LOCKS_AVAILABLE;
-        case EMFILE:
-        case ENFILE:
-            return VANTREL_STATUS_NO_HANDLES_AVAILABLE;
-        default:
-            return VANTREL_STATUS_INPUT_OUTPUT_ERROR;
-    }
-}
 
 int64_t randomHandleByte() {
     uint64_t random = 0;
@@ -82,7 +55,7 @@ bool LockFile::openSideFile() {
         return true;
     int error = errno;
     if (error != EACCES && error != EROFS && error != EPERM)
-        throw StatusError{statusOfErrno(error)};
+        throwSystemError(error);
     descriptor_ = open(path_.c_str(), O_RDONLY | O_CLOEXEC);
     return descriptor_ >= 0;
 }
@@ -115,7 +88,7 @@ bool LockFile::trySet(short type, int64_t start, int64_t length) {
         return true;
     if (errno == EAGAIN || errno == EACCES)
         return false;
-    throw StatusError{statusOfErrno(errno)};
+    throwSystemError(errno);
 }
 
 bool LockFile::findForeign(int64_t start, int64_t length, int64_t *lockStart, int64_t *lockLength) {
@@ -125,7 +98,7 @@ bool LockFile::findForeign(int64_t start, int64_t length, int64_t *lockStart, in
     lock.l_start = start;
     lock.l_len = length;
     if (fcntl(descriptor_, F_OFD_GETLK, &lock) != 0)
-        throw StatusError{statusOfErrno(errno)};
+        throwSystemError(errno);
     *lockStart = lock.l_start;
     *lockLength = lock.l_len;
     return lock.l_type != F_UNLCK;

@@ -1,14 +1,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
-
 #include "embedded/operation/operations.h"
 #include "embedded/operation/path.h"
 #include "embedded/operation/reply.h"
 #include "embedded/operation/structure.h"
-#include "vantrel.h"
+#include "embedded/system_error.h"
 
 namespace vantrel::embedded {
 
@@ -51,7 +48,7 @@ void requireWritableDirectory(const std::string &path) {
 void requireFile(const std::string &path) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0)
-        throw StatusError{VANTREL_STATUS_FILE_NOT_FOUND};
+        throwSystemError(errno);
     if (!S_ISREG(status.st_mode))
         throw StatusError{VANTREL_STATUS_NOT_A_VANTREL_FILE};
 }

@@ -2,14 +2,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include "embedded/operation/live_sessions.h"
 #include "embedded/operation/operations.h"
 #include "embedded/operation/path.h"
 #include "embedded/operation/reply.h"
-#include "vantrel.h"
+#include "embedded/system_error.h"
 
 namespace vantrel::embedded {
 
@@ -33,7 +32,7 @@ OpenMode openModeOf(int32_t keyNumber) {
 void checkAccess(const std::string &path, OpenMode mode) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0)
-        throw StatusError{errno == EACCES ? VANTREL_STATUS_PERMISSION_ERROR : VANTREL_STATUS_FILE_NOT_FOUND};
+        throwSystemError(errno);
     if (!S_ISREG(status.st_mode))
         throw StatusError{VANTREL_STATUS_NOT_A_VANTREL_FILE};
     int needed = mode == OpenMode::readOnly ? R_OK : R_OK | W_OK;

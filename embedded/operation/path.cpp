@@ -3,11 +3,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 
-#include "vantrel.h"
+#include "embedded/system_error.h"
 
 namespace vantrel::embedded {
 
@@ -16,25 +15,10 @@ namespace {
 constexpr size_t longestName = 4095;
 constexpr int longestLinkChain = 40;
 
-[[noreturn]] void throwPathError(int error) {
-    switch (error) {
-        case EACCES:
-        case EPERM:
-            throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
-        case ENAMETOOLONG:
-        case ELOOP:
-            throw StatusError{VANTREL_STATUS_FILE_NAME_BAD};
-        case ENOMEM:
-            throw StatusError{VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE};
-        default:
-            throw StatusError{VANTREL_STATUS_FILE_NOT_FOUND};
-    }
-}
-
 std::string realPath(const std::string &path) {
     char resolved[PATH_MAX];
     if (realpath(path.c_str(), resolved) == nullptr)
-        throwPathError(errno);
+        throwSystemError(errno);
     return resolved;
 }
 

@@ -2,12 +2,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 
 #include "embedded/storage/sqlite_schema.h"
 #include "embedded/storage/storage.h"
-#include "vantrel.h"
+#include "embedded/system_error.h"
 
 namespace vantrel::embedded {
 
@@ -15,31 +14,13 @@ namespace {
 
 constexpr int64_t largestFiller = int64_t{64} << 20;
 
-[[noreturn]] void throwFileError() {
-    switch (errno) {
-        case EACCES:
-        case EPERM:
-        case EROFS:
-            throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
-        case ENOSPC:
-        case EDQUOT:
-            throw StatusError{VANTREL_STATUS_DISK_FULL};
-        case ENAMETOOLONG:
-            throw StatusError{VANTREL_STATUS_FILE_NAME_BAD};
-        case ENOENT:
-            throw StatusError{VANTREL_STATUS_FILE_NOT_FOUND};
-        default:
-            throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
-    }
-}
-
 std::string newFilePath(const std::string &path) {
     return path + "-new";
 }
 
 void removeIfThere(const std::string &path) {
     if (unlink(path.c_str()) != 0 && errno != ENOENT)
-        throwFileError();
+        throwSystemError(errno);
 }
 
 void removeSideFiles(const std::string &path) {
@@ -50,7 +31,7 @@ void removeSideFiles(const std::string &path) {
 
 void moveInto(const std::string &from, const std::string &to) {
     if (rename(from.c_str(), to.c_str()) != 0)
-        throwFileError();
+        throwSystemError(errno);
 }
 
 // A rename is durable only when the directory is.
@@ -58,7 +39,7 @@ void syncDirectoryOf(const std::string &path) {
     std::string directory = path.substr(0, path.rfind('/') + 1);
     int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
-        throwFileError();
+        throwSystemError(errno);
     bool isSynced = fsync(descriptor) == 0 || errno == EINVAL;
     close(descriptor);
     if (!isSynced)
@@ -93,7 +74,7 @@ void fill(const std::string &path, const FileDefinition &definition) {
 void syncFile(const std::string &path) {
     int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC);
     if (descriptor < 0)
-        throwFileError();
+        throwSystemError(errno);
     bool isSynced = fsync(descriptor) == 0;
     close(descriptor);
     if (!isSynced)
