@@ -88,15 +88,15 @@ Standing appendPlainDigits(ByteView digits, Bytes &out) {
 }
 
 Standing appendPackedDigits(ByteView value, Bytes &out) {
-    bool wellFormed = true;
-    char *to = appendRoom(out, value.size());
-    for (const char byte : value) {
+    const uint8_t last = static_cast<uint8_t>(value.back());
+    bool wellFormed = last >> 4 <= 9;
+    for (const char byte : value.substr(0, value.size() - 1)) {
         const uint8_t digits = static_cast<uint8_t>(byte);
-        const bool last = &byte == &value.back();
-        wellFormed = wellFormed && digits >> 4 <= 9 && (last || (digits & 0x0F) <= 9);
-        *to++ = static_cast<char>(last ? digits & 0xF0 : digits);
+        wellFormed = wellFormed && digits >> 4 <= 9 && (digits & 0x0F) <= 9;
     }
-    return wellFormed ? standingOfHalfByte(static_cast<uint8_t>(value.back()) & 0x0F) : Standing::illFormed;
+    out.append(value);
+    out.back() = static_cast<char>(last & 0xF0);
+    return wellFormed ? standingOfHalfByte(last & 0x0F) : Standing::illFormed;
 }
 
 Standing appendSeparate(bool leading, ByteView value, Bytes &out) {
