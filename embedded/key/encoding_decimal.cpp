@@ -74,73 +74,73 @@ constexpr bool signIsSeparate(DecimalSign sign) {
     return sign == DecimalSign::separateLeading || sign == DecimalSign::separateTrailing;
 }
 
-// The following append the digits and say how the number stands; digits of an ill-formed one are useless.
+// The following turn the bytes of digits into digits where they are and say how the number stands; the digits
+// of an ill-formed one are useless.
 
-Standing appendPlainDigits(ByteView digits, Bytes &out) {
+Standing readPlain(char *digits, size_t count) {
     bool wellFormed = true;
-    char *to = appendRoom(out, digits.size());
-    for (const char byte : digits) {
-        const SignedDigit digit = plainDigit(static_cast<uint8_t>(byte));
-        wellFormed = wellFormed && digit.standing != Standing::illFormed;
-        *to++ = static_cast<char>(digit.digit);
+    for (size_t at = 0; at < count; ++at) {
+        const uint8_t digit = static_cast<uint8_t>(digits[at] - '0');
+        wellFormed &= digit <= 9;
+        digits[at] = static_cast<char>(digit);
     }
     return wellFormed ? Standing::notNegative : Standing::illFormed;
 }
 
-Standing appendPackedDigits(ByteView value, Bytes &out) {
-    const uint8_t last = static_cast<uint8_t>(value.back());
+Standing readPacked(char *digits, size_t count) {
+    const uint8_t last = static_cast<uint8_t>(digits[count - 1]);
     bool wellFormed = last >> 4 <= 9;
-    for (const char byte : value.substr(0, value.size() - 1)) {
-        const uint8_t digits = static_cast<uint8_t>(byte);
-        wellFormed = wellFormed && digits >> 4 <= 9 && (digits & 0x0F) <= 9;
+    for (size_t at = 0; at + 1 < count; ++at) {
+        const uint8_t both = static_cast<uint8_t>(digits[at]);
+        wellFormed = wellFormed && both >> 4 <= 9 && (both & 0x0F) <= 9;
     }
-    out.append(value);
-    out.back() = static_cast<char>(last & 0xF0);
+    digits[count - 1] = static_cast<char>(last & 0xF0);
     return wellFormed ? standingOfHalfByte(last & 0x0F) : Standing::illFormed;
 }
 
-Standing appendSeparate(bool leading, ByteView value, Bytes &out) {
-    const char sign = leading ? value.front() : value.back();
-    const Standing digits = appendPlainDigits(value.substr(leading ? 1 : 0, value.size() - 1), out);
-    return digits == Standing::illFormed ? digits : standingOfSign(static_cast<uint8_t>(sign));
-}
-
-Standing appendCombined(DecimalSign sign, ByteView value, Bytes &out) {
-    const size_t start = out.size();
+Standing readCombined(DecimalSign sign, char *digits, size_t count) {
     const bool leading = signLeads(sign);
-    const size_t at = leading ? 0 : value.size() - 1;
-    const SignedDigit carrier = signedDigit(sign, static_cast<uint8_t>(value[at]));
-    out.resize(start + (leading ? 1 : 0));
-    const Standing digits = appendPlainDigits(value.substr(leading ? 1 : 0, value.size() - 1), out);
-    out.resize(start + value.size());
-    out[start + at] = static_cast<char>(carrier.digit);
-    return digits == Standing::illFormed ? digits : carrier.standing;
+    char &carrier = digits[leading ? 0 : count - 1];
+    const SignedDigit carried = signedDigit(sign, static_cast<uint8_t>(carrier));
+    const Standing others = readPlain(leading ? digits + 1 : digits, count - 1);
+    carrier = static_cast<char>(carried.digit);
+    return others == Standing::illFormed ? others : carried.standing;
 }
 
-Standing appendDigits(DecimalSign sign, ByteView value, Bytes &out) {
+Standing readSeparate(char sign, char *digits, size_t count) {
+    const Standing standing = readPlain(digits, count);
+    return standing == Standing::illFormed ? standing : standingOfSign(static_cast<uint8_t>(sign));
+}
+
+Standing readDigits(DecimalSign sign, ByteView value, char *digits, size_t count) {
     if (sign == DecimalSign::packed)
-        return appendPackedDigits(value, out);
-    return signIsSeparate(sign) ? appendSeparate(signLeads(sign), value, out)
-                                : appendCombined(sign, value, out);
+        return readPacked(digits, count);
+    if (signIsSeparate(sign))
+        return readSeparate(signLeads(sign) ? value.front() : value.back(), digits, count);
+    return readCombined(sign, digits, count);
+}
+
+bool isZero(const char *digits, size_t count) {
+    return std::all_of(digits, digits + count, [](char digit) { return digit == 0; });
 }
 
 }  // namespace
 
 void appendDecimal(DecimalSign sign, ByteView value, Bytes &out) {
     const size_t start = out.size();
+    const size_t signSize = signIsSeparate(sign) ? 1 : 0;
+    const size_t count = value.size() - signSize;
     out.push_back('\0');
-    Standing standing = appendDigits(sign, value, out);
-    const auto digits = out.begin() + static_cast<ptrdiff_t>(start) + 1;
-    if (standing == Standing::illFormed) {
-        out.resize(start + 1);
-        out.append(value);
-    } else if (standing == Standing::negative) {
-        if (std::all_of(digits, out.end(), [](char digit) { return digit == 0; }))
-            standing = Standing::notNegative;
-        else
-            std::transform(digits, out.end(), digits, [](char digit) { return static_cast<char>(~digit); });
-    }
+    out.append(value.substr(signLeads(sign) ? signSize : 0, count));
+    char *digits = out.data() + start + 1;
+    Standing standing = readDigits(sign, value, digits, count);
+    if (standing == Standing::negative && isZero(digits, count))
+        standing = Standing::notNegative;
+    if (standing == Standing::negative)
+        std::transform(digits, digits + count, digits, [](char digit) { return static_cast<char>(~digit); });
     out[start] = static_cast<char>(standing);
+    if (standing == Standing::illFormed)
+        out.replace(start + 1, count, value);
 }
 
 }  // namespace vantrel::embedded

@@ -13,16 +13,28 @@ char collated(const Collation *collation, char byte) {
     return collation == nullptr ? byte : static_cast<char>(collation->table[static_cast<uint8_t>(byte)]);
 }
 
+bool needsEscape(char byte) {
+    return static_cast<uint8_t>(byte) <= static_cast<uint8_t>(escape);
+}
+
+char *putEscaped(char byte, char *to) {
+    if (needsEscape(byte)) {
+        *to++ = escape;
+        ++byte;
+    }
+    *to++ = byte;
+    return to;
+}
+
 // A terminator of zero must sort before any byte of the text: the bytes 0 and 1 become 1 1 and 1 2.
 void appendTerminated(const Collation *collation, ByteView text, Bytes &out) {
-    for (const char byte : text) {
-        const char sorted = collated(collation, byte);
-        if (static_cast<uint8_t>(sorted) > static_cast<uint8_t>(escape)) {
-            out.push_back(sorted);
-        } else {
-            out.push_back(escape);
-            out.push_back(static_cast<char>(sorted + 1));
-        }
+    if (collation == nullptr && std::none_of(text.begin(), text.end(), needsEscape)) {
+        out.append(text);
+    } else {
+        char *to = appendRoom(out, 2 * text.size());
+        for (const char byte : text)
+            to = putEscaped(collated(collation, byte), to);
+        out.resize(static_cast<size_t>(to - out.data()));
     }
     out.push_back(terminator);
 }
