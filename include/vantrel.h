@@ -713,7 +713,63 @@ VANTREL_API VantrelStatus VantrelFileGetLastStatusCode(const VantrelFile *file);
 
 /* FILTER
  *
- * @@filter */
+ * A filter is one condition of a bulk retrieve or bulk delete: it compares a field of each record with a
+ * constant or with another field of the same record. It is complete, and accepted by the bulk operations,
+ * once its field, its comparison and its constant or other field are set; attributes take copies of it, so
+ * that it can then be changed or freed. Only the three functions that take a name keep a status in the
+ * filter, and none reads it. */
+
+VANTREL_API VantrelStatus VantrelFilterAllocate(VantrelFilter **filter);
+
+/* Frees the filter and its constant; VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
+VANTREL_API VantrelStatus VantrelFilterFree(VantrelFilter *filter);
+
+/* Chooses the field to test. The offset is 0 to 65534, the length 0 to 65535, their sum at most 65535;
+ * VANTREL_STATUS_INVALID_OPTION otherwise, nothing changed. A data type without a code in the engine gives
+ * VANTREL_STATUS_INVALID_OPTION too, with offset and length already taken and the former type kept. */
+VANTREL_API VantrelStatus VantrelFilterSetField(VantrelFilter *filter, uint32_t offset, uint32_t length,
+                                                VantrelDataType dataType);
+
+/* Chooses a field that the engine keeps with every record; its constant is a VantrelTimestamp of 8 bytes.
+ * VANTREL_STATUS_INVALID_OPTION for a value that is no system field. */
+VANTREL_API VantrelStatus VantrelFilterSetSystemField(VantrelFilter *filter, VantrelSystemField systemField);
+
+/* Chooses the comparison, of all kinds. A value outside the enumeration gives VANTREL_STATUS_INVALID_OPTION;
+ * a pattern comparison set before then loses its kind, and bulk operations refuse the filter until a
+ * comparison is set again. */
+VANTREL_API VantrelStatus VantrelFilterSetComparison(VantrelFilter *filter, VantrelComparison comparison);
+
+/* Joins the filter to the one added after it; the last one keeps VANTREL_CONNECTOR_LAST, which a new filter
+ * has. VANTREL_STATUS_INVALID_OPTION for any other value. */
+VANTREL_API VantrelStatus VantrelFilterSetConnector(VantrelFilter *filter, VantrelConnector connector);
+
+/* Compares with a copy of length bytes of the constant, 0 to 65535; null stands for zero bytes. The length
+ * has to be that of the field when the filter is used. For a pattern comparison the constant is text up to
+ * its first zero byte or its end, of any length up to 65534 bytes. A field to compare with is forgotten.
+ *
+ * Returns VANTREL_STATUS_INVALID_OPTION for a longer constant, nothing changed;
+ * VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE, the constant set before then lost. */
+VANTREL_API VantrelStatus VantrelFilterSetComparisonConstant(VantrelFilter *filter, const void *constant,
+                                                             uint32_t length);
+
+/* Compares with the field at the offset, 0 to 65534, of the same length and type; a constant is freed.
+ * VANTREL_STATUS_INVALID_OPTION for a larger offset. */
+VANTREL_API VantrelStatus VantrelFilterSetComparisonField(VantrelFilter *filter, uint32_t offset);
+
+/* Compares text through a collating sequence, or a pattern in a code page, known to the engine by name: at
+ * most 8 bytes for a user-defined sequence and 16 for the others, zero-terminated. Each of these functions
+ * replaces what the others and VantrelFilterSetACSMode have set.
+ *
+ * Returns VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null name, kept in the filter;
+ * VANTREL_STATUS_DATA_LENGTH_ERROR for a longer name, nothing changed. */
+VANTREL_API VantrelStatus VantrelFilterSetACSUserDefined(VantrelFilter *filter, const char *name);
+VANTREL_API VantrelStatus VantrelFilterSetACSName(VantrelFilter *filter, const char *name);
+VANTREL_API VantrelStatus VantrelFilterSetLikeCodePageName(VantrelFilter *filter, const char *name);
+
+/* Compares text as it stands, without regard to case, or through the default sequence:
+ * VANTREL_ACS_MODE_NONE, _CASE_INSENSITIVE and _DEFAULT. The named and numbered modes and all other values
+ * give VANTREL_STATUS_INVALID_OPTION, nothing changed. */
+VANTREL_API VantrelStatus VantrelFilterSetACSMode(VantrelFilter *filter, VantrelACSMode mode);
 
 /* BULK ATTRIBUTES
  *
