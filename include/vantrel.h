@@ -773,7 +773,87 @@ VANTREL_API VantrelStatus VantrelFilterSetACSMode(VantrelFilter *filter, Vantrel
 
 /* BULK ATTRIBUTES
  *
- * @@bulk-attributes */
+ * Bulk attributes say what a bulk operation does: which records it takes, at most how many, where it starts
+ * and, for a retrieve, which bytes of each record come back. They are filled once and serve any number of
+ * calls. */
+
+/* A new record takes every record, at most 25804, sets no reject limit, and starts at the current record. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAllocate(VantrelBulkRetrieveAttributes **attributes);
+VANTREL_API VantrelStatus VantrelBulkDeleteAttributesAllocate(VantrelBulkDeleteAttributes **attributes);
+
+/* Frees the attributes with their copies of filters; null is harmless. Returns 0. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesFree(VantrelBulkRetrieveAttributes *attributes);
+VANTREL_API VantrelStatus VantrelBulkDeleteAttributesFree(VantrelBulkDeleteAttributes *attributes);
+
+/* Adds a copy of the filter behind those already there; its connector joins it to the next. Filters are not
+ * checked before a bulk operation uses them.
+ *
+ * Returns VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null filter, kept in the attributes;
+ * VANTREL_STATUS_FILTER_LIMIT_EXCEEDED for more than 128; or
+ * VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE where the constant cannot be copied. Nothing is added
+ * then. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddFilter(VantrelBulkRetrieveAttributes *attributes,
+                                                                 const VantrelFilter *filter);
+VANTREL_API VantrelStatus VantrelBulkDeleteAttributesAddFilter(VantrelBulkDeleteAttributes *attributes,
+                                                               const VantrelFilter *filter);
+
+/* At most how many records one call returns or deletes, 1 to 25804; VANTREL_STATUS_INVALID_OPTION otherwise.
+ * A retrieve further lowers it to the number of records of the extracted length that a result holds. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesSetMaximumRecordCount(
+    VantrelBulkRetrieveAttributes *attributes, uint32_t count);
+VANTREL_API VantrelStatus VantrelBulkDeleteAttributesSetMaximumRecordCount(
+    VantrelBulkDeleteAttributes *attributes, uint32_t count);
+
+/* After how many records that fail the filters a call ends with VANTREL_STATUS_REJECT_COUNT_REACHED, 0 to
+ * 65535; 0 leaves the limit to the engine. VANTREL_STATUS_INVALID_OPTION for a larger count. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesSetMaximumRejectCount(
+    VantrelBulkRetrieveAttributes *attributes, uint32_t count);
+VANTREL_API VantrelStatus VantrelBulkDeleteAttributesSetMaximumRejectCount(
+    VantrelBulkDeleteAttributes *attributes, uint32_t count);
+
+/* Whether the Next and Previous operations start after the current record (any value but 0) or at it (0).
+ * The other bulk operations switch this on. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesSetSkipCurrentRecord(
+    VantrelBulkRetrieveAttributes *attributes, int32_t skip);
+VANTREL_API VantrelStatus VantrelBulkDeleteAttributesSetSkipCurrentRecord(
+    VantrelBulkDeleteAttributes *attributes, int32_t skip);
+
+/* Extracts length bytes of each record at the offset, or a system field (8 bytes). Everything extracted comes
+ * back in the order of adding, without gaps. The ranges are those of VantrelFilterSetField, and all that is
+ * extracted of a record is at most 65535 bytes; VANTREL_STATUS_INVALID_OPTION otherwise.
+ *
+ * There are 8202 entries, of which a field takes one, an aggregate or function three and a rounding one four;
+ * VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE, checked first, where they do not suffice. Nothing is
+ * added on failure, and no status is kept. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddField(VantrelBulkRetrieveAttributes *attributes,
+                                                                uint32_t offset, uint32_t length);
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddSystemField(
+    VantrelBulkRetrieveAttributes *attributes, VantrelSystemField systemField);
+
+/* Extracts the least or greatest value of a field over all records. Failures are those of
+ * VantrelBulkRetrieveAttributesAddField; a data type without a code in the engine gives
+ * VANTREL_STATUS_INVALID_OPTION. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddMinimumAggregate(
+    VantrelBulkRetrieveAttributes *attributes, VantrelDataType dataType, uint32_t offset, uint32_t length);
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddMaximumAggregate(
+    VantrelBulkRetrieveAttributes *attributes, VantrelDataType dataType, uint32_t offset, uint32_t length);
+
+/* Extracts a field's absolute value, or the next whole number above or below it. Failures as above. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddAbsoluteValueField(
+    VantrelBulkRetrieveAttributes *attributes, VantrelDataType dataType, uint32_t offset, uint32_t length);
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddCeilingField(
+    VantrelBulkRetrieveAttributes *attributes, VantrelDataType dataType, uint32_t offset, uint32_t length);
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddFloorField(
+    VantrelBulkRetrieveAttributes *attributes, VantrelDataType dataType, uint32_t offset, uint32_t length);
+
+/* Extracts a field's value rounded, or cut, to a number of decimal places: -32768 to 32767,
+ * VANTREL_STATUS_INVALID_OPTION otherwise. Other failures as above. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddRoundField(
+    VantrelBulkRetrieveAttributes *attributes, VantrelDataType dataType, uint32_t offset, uint32_t length,
+    int32_t precision);
+VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddTruncateField(
+    VantrelBulkRetrieveAttributes *attributes, VantrelDataType dataType, uint32_t offset, uint32_t length,
+    int32_t precision);
 
 /* BULK RETRIEVE AND BULK DELETE
  *

@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "bulk/attributes.h"
 #include "bulk/filter.h"
 #include "support/client_test.h"
 
@@ -29,6 +30,10 @@ class Handle {
 };
 
 using Filter = Handle<VantrelFilter, VantrelFilterAllocate, VantrelFilterFree>;
+using RetrieveAttributes = Handle<VantrelBulkRetrieveAttributes, VantrelBulkRetrieveAttributesAllocate,
+                                  VantrelBulkRetrieveAttributesFree>;
+using DeleteAttributes =
+    Handle<VantrelBulkDeleteAttributes, VantrelBulkDeleteAttributesAllocate, VantrelBulkDeleteAttributesFree>;
 
 // The bytes of a record of the interface.
 template <class Record>
