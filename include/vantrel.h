@@ -857,11 +857,119 @@ VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddTruncateField(
 
 /* BULK RETRIEVE AND BULK DELETE
  *
- * @@bulk-execution */
+ * One request returns, or deletes, all records that pass the filters, up to the limits of the attributes,
+ * from a starting point on in the direction named. The request is built in the result, whose former contents
+ * are lost, and the reply replaces it; records may have come with a status other than 0 too
+ * (VANTREL_STATUS_END_OF_FILE, _REJECT_COUNT_REACHED, _SMALL_EXTENDED_GET_BUFFER_ERROR,
+ * _OPTIMIZE_LIMIT_REACHED), so the result's record count is read whatever the engine's status.
+ *
+ * The file keeps the status, but for the arguments named with the functions that start a search. Before the
+ * engine is called, a null result or null attributes give VANTREL_STATUS_INVALID_POINTER_PARAMETER; a lock
+ * mode outside the enumeration or a filter that is not complete VANTREL_STATUS_INVALID_OPTION (the
+ * comparison, the constant or other field is missing, or the constant differs in length from the field); and
+ * a pattern of more than 65534 bytes or a request that the result cannot hold
+ * VANTREL_STATUS_DATA_LENGTH_ERROR. The result's contents mean nothing then. */
+
+/* Go on from the file's position along the index of its last operation; VANTREL_INDEX_NONE there goes on in
+ * the physical order. */
+VANTREL_API VantrelStatus VantrelFileBulkRetrieveNext(VantrelFile *file,
+                                                      const VantrelBulkRetrieveAttributes *attributes,
+                                                      VantrelBulkRetrieveResult *result,
+                                                      VantrelLockMode lockMode);
+VANTREL_API VantrelStatus VantrelFileBulkRetrievePrevious(VantrelFile *file,
+                                                          const VantrelBulkRetrieveAttributes *attributes,
+                                                          VantrelBulkRetrieveResult *result,
+                                                          VantrelLockMode lockMode);
+
+/* Start at the first record of the index and go forwards, or at the last and go backwards. The attributes are
+ * left to skip the current record, whatever the outcome. Null attributes give
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER, which is not kept in the file. */
+VANTREL_API VantrelStatus VantrelFileBulkRetrieveFirst(VantrelFile *file, VantrelIndex index,
+                                                       VantrelBulkRetrieveAttributes *attributes,
+                                                       VantrelBulkRetrieveResult *result,
+                                                       VantrelLockMode lockMode);
+VANTREL_API VantrelStatus VantrelFileBulkRetrieveLast(VantrelFile *file, VantrelIndex index,
+                                                      VantrelBulkRetrieveAttributes *attributes,
+                                                      VantrelBulkRetrieveResult *result,
+                                                      VantrelLockMode lockMode);
+
+/* Start at the record that compares with the key as asked: VANTREL_COMPARISON_EQUAL, _GREATER, _LESS,
+ * _GREATER_OR_EQUAL or _LESS_OR_EQUAL. Of the key at most 1024 bytes are used; it receives the key value that
+ * the engine returns. The attributes are left to skip the current record, whatever the outcome of the search.
+ * Null attributes give VANTREL_STATUS_INVALID_POINTER_PARAMETER and another comparison
+ * VANTREL_STATUS_INVALID_OPTION, neither kept in the file and nothing changed. */
+VANTREL_API VantrelStatus VantrelFileBulkRetrieveNextByComparison(
+    VantrelFile *file, VantrelComparison comparison, VantrelIndex index, void *key, uint32_t keyLength,
+    VantrelBulkRetrieveAttributes *attributes, VantrelBulkRetrieveResult *result, VantrelLockMode lockMode);
+VANTREL_API VantrelStatus VantrelFileBulkRetrievePreviousByComparison(
+    VantrelFile *file, VantrelComparison comparison, VantrelIndex index, void *key, uint32_t keyLength,
+    VantrelBulkRetrieveAttributes *attributes, VantrelBulkRetrieveResult *result, VantrelLockMode lockMode);
+
+/* The same for deleting, without locks. */
+VANTREL_API VantrelStatus VantrelFileBulkDeleteNext(VantrelFile *file,
+                                                    const VantrelBulkDeleteAttributes *attributes,
+                                                    VantrelBulkDeleteResult *result);
+VANTREL_API VantrelStatus VantrelFileBulkDeletePrevious(VantrelFile *file,
+                                                        const VantrelBulkDeleteAttributes *attributes,
+                                                        VantrelBulkDeleteResult *result);
+VANTREL_API VantrelStatus VantrelFileBulkDeleteFirst(VantrelFile *file, VantrelIndex index,
+                                                     VantrelBulkDeleteAttributes *attributes,
+                                                     VantrelBulkDeleteResult *result);
+VANTREL_API VantrelStatus VantrelFileBulkDeleteLast(VantrelFile *file, VantrelIndex index,
+                                                    VantrelBulkDeleteAttributes *attributes,
+                                                    VantrelBulkDeleteResult *result);
+VANTREL_API VantrelStatus VantrelFileBulkDeleteNextByComparison(VantrelFile *file,
+                                                                VantrelComparison comparison,
+                                                                VantrelIndex index, void *key,
+                                                                uint32_t keyLength,
+                                                                VantrelBulkDeleteAttributes *attributes,
+                                                                VantrelBulkDeleteResult *result);
+VANTREL_API VantrelStatus VantrelFileBulkDeletePreviousByComparison(VantrelFile *file,
+                                                                    VantrelComparison comparison,
+                                                                    VantrelIndex index, void *key,
+                                                                    uint32_t keyLength,
+                                                                    VantrelBulkDeleteAttributes *attributes,
+                                                                    VantrelBulkDeleteResult *result);
 
 /* BULK RESULTS
  *
- * @@bulk-results */
+ * The records that a bulk retrieve brought or a bulk delete removed, numbered from 1. Reading a result does
+ * not change it; its getters keep their status in it. */
+
+VANTREL_API VantrelStatus VantrelBulkRetrieveResultAllocate(VantrelBulkRetrieveResult **result);
+VANTREL_API VantrelStatus VantrelBulkDeleteResultAllocate(VantrelBulkDeleteResult **result);
+
+/* VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveResultFree(VantrelBulkRetrieveResult *result);
+VANTREL_API VantrelStatus VantrelBulkDeleteResultFree(VantrelBulkDeleteResult *result);
+
+/* The status of the getter called last, which stays; VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
+VANTREL_API VantrelStatus VantrelBulkRetrieveResultGetLastStatusCode(const VantrelBulkRetrieveResult *result);
+VANTREL_API VantrelStatus VantrelBulkDeleteResultGetLastStatusCode(const VantrelBulkDeleteResult *result);
+
+/* How many records there are; -1 for null. */
+VANTREL_API int32_t VantrelBulkRetrieveResultGetRecordCount(VantrelBulkRetrieveResult *result);
+VANTREL_API int32_t VantrelBulkDeleteResultGetRecordCount(VantrelBulkDeleteResult *result);
+
+/* The number of bytes extracted from a record, and where the record lies in the file; -1 on failure:
+ * VANTREL_STATUS_INVALID_OPTION for an index outside 1 to the record count, VANTREL_STATUS_DATA_LENGTH_ERROR
+ * where the reply is damaged and the record would reach past its end. The record found last is remembered:
+ * going through all of them forwards takes time in proportion to the reply. */
+VANTREL_API int32_t VantrelBulkRetrieveResultGetRecordLength(VantrelBulkRetrieveResult *result,
+                                                             int32_t index);
+VANTREL_API VantrelCursorPosition
+VantrelBulkRetrieveResultGetRecordCursorPosition(VantrelBulkRetrieveResult *result, int32_t index);
+
+/* Copies the extracted bytes of a record to a buffer of recordSize bytes. Returns their number or -1, with
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null buffer, VANTREL_STATUS_INVALID_OPTION for a negative
+ * size, an index out of range or a buffer smaller than the record, into which nothing is copied, and
+ * VANTREL_STATUS_DATA_LENGTH_ERROR as above. */
+VANTREL_API int32_t VantrelBulkRetrieveResultGetRecord(VantrelBulkRetrieveResult *result, int32_t index,
+                                                       void *record, int32_t recordSize);
+
+/* Where the deleted record lay in the file; failures as above. */
+VANTREL_API VantrelCursorPosition
+VantrelBulkDeleteResultGetRecordCursorPosition(VantrelBulkDeleteResult *result, int32_t index);
 
 /* BULK CREATE
  *

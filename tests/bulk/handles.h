@@ -8,6 +8,7 @@
 
 #include "bulk/attributes.h"
 #include "bulk/filter.h"
+#include "bulk/results.h"
 #include "support/client_test.h"
 
 namespace vantrel::test {
@@ -34,6 +35,10 @@ using RetrieveAttributes = Handle<VantrelBulkRetrieveAttributes, VantrelBulkRetr
                                   VantrelBulkRetrieveAttributesFree>;
 using DeleteAttributes =
     Handle<VantrelBulkDeleteAttributes, VantrelBulkDeleteAttributesAllocate, VantrelBulkDeleteAttributesFree>;
+using RetrieveResult =
+    Handle<VantrelBulkRetrieveResult, VantrelBulkRetrieveResultAllocate, VantrelBulkRetrieveResultFree>;
+using DeleteResult =
+    Handle<VantrelBulkDeleteResult, VantrelBulkDeleteResultAllocate, VantrelBulkDeleteResultFree>;
 
 // The bytes of a record of the interface.
 template <class Record>
