@@ -973,7 +973,46 @@ VantrelBulkDeleteResultGetRecordCursorPosition(VantrelBulkDeleteResult *result, 
 
 /* BULK CREATE
  *
- * @@bulk-create */
+ * Inserts the records collected in a payload with one request. The payload is only read and can be used
+ * again. */
+
+VANTREL_API VantrelStatus VantrelBulkCreatePayloadAllocate(VantrelBulkCreatePayload **payload);
+
+/* VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
+VANTREL_API VantrelStatus VantrelBulkCreatePayloadFree(VantrelBulkCreatePayload *payload);
+
+/* Adds a copy of a record of 0 to 65535 bytes. All records, with 4 bytes more for each, fill at most 258044
+ * bytes.
+ *
+ * Returns VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null record, kept in the payload; without keeping it
+ * VANTREL_STATUS_INVALID_OPTION for a longer record and VANTREL_STATUS_DATA_LENGTH_ERROR where the payload
+ * has no room for it. A failure changes nothing. */
+VANTREL_API VantrelStatus VantrelBulkCreatePayloadAddRecord(VantrelBulkCreatePayload *payload,
+                                                            const void *record, uint32_t length);
+
+VANTREL_API VantrelStatus VantrelBulkCreateResultAllocate(VantrelBulkCreateResult **result);
+
+/* Null is harmless. Returns 0. */
+VANTREL_API VantrelStatus VantrelBulkCreateResultFree(VantrelBulkCreateResult *result);
+
+/* The status of the getter called last, which stays; VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
+VANTREL_API VantrelStatus VantrelBulkCreateResultGetLastStatusCode(const VantrelBulkCreateResult *result);
+
+/* How many records were inserted; -1 for null. */
+VANTREL_API int32_t VantrelBulkCreateResultGetRecordCount(VantrelBulkCreateResult *result);
+
+/* Where the index-th record of the payload, counted from 1, was inserted. Returns -1 with
+ * VANTREL_STATUS_INVALID_OPTION for an index outside 1 to the record count, and with
+ * VANTREL_STATUS_DATA_LENGTH_ERROR where the count is damaged and the position would lie outside the
+ * result. */
+VANTREL_API VantrelCursorPosition
+VantrelBulkCreateResultGetRecordCursorPosition(VantrelBulkCreateResult *result, int32_t index);
+
+/* Inserts the payload's records. The file keeps the status, VANTREL_STATUS_INVALID_POINTER_PARAMETER for a
+ * null payload or result among them; the result's last status stays. Where the status is not 0, the count may
+ * be that of the payload instead of the number of records inserted: the engine may not have answered. */
+VANTREL_API VantrelStatus VantrelFileBulkCreate(VantrelFile *file, const VantrelBulkCreatePayload *payload,
+                                                VantrelBulkCreateResult *result);
 
 /* FILE INFORMATION
  *

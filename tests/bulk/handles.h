@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "bulk/attributes.h"
+#include "bulk/create.h"
 #include "bulk/filter.h"
 #include "bulk/results.h"
 #include "support/client_test.h"
@@ -39,6 +40,10 @@ using RetrieveResult =
     Handle<VantrelBulkRetrieveResult, VantrelBulkRetrieveResultAllocate, VantrelBulkRetrieveResultFree>;
 using DeleteResult =
     Handle<VantrelBulkDeleteResult, VantrelBulkDeleteResultAllocate, VantrelBulkDeleteResultFree>;
+using CreatePayload =
+    Handle<VantrelBulkCreatePayload, VantrelBulkCreatePayloadAllocate, VantrelBulkCreatePayloadFree>;
+using CreateResult =
+    Handle<VantrelBulkCreateResult, VantrelBulkCreateResultAllocate, VantrelBulkCreateResultFree>;
 
 // The bytes of a record of the interface.
 template <class Record>
