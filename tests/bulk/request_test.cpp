@@ -1,4 +1,5 @@
 #include "bulk/request_fixture.h"
+#include "support/failing_allocation.h"
 
 namespace {
 
@@ -219,6 +220,16 @@ TEST_F(BulkRequestTest, FilterWithoutConstantAndFieldIsRefused) {
 TEST_F(BulkRequestTest, ConstantOfAnotherLengthThanTheFieldIsRefused) {
     complete(filter);
     VantrelFilterSetComparisonConstant(filter, "abcd", 4);
+    add(filter);
+    expectRefusal(2002);
+}
+
+TEST_F(BulkRequestTest, ConstantLostForWantOfMemoryIsRefused) {
+    complete(filter);
+    {
+        FailingAllocation failing;
+        EXPECT_EQ(VantrelFilterSetComparisonConstant(filter, "ab", 2), 101);
+    }
     add(filter);
     expectRefusal(2002);
 }
