@@ -68,8 +68,12 @@ struct KeySegment {
     std::array<uint8_t, 24> specification{};
 };
 
+// Where the bytes of a key come from.
+enum class KeySource : uint8_t { record, createTime, updateTime };
+
 struct IndexDefinition {
-    uint8_t number = 0;  // 0 to 118
+    uint8_t number = 0;  // 0 to 118; 124 and 125 for the times of the records
+    KeySource source = KeySource::record;
     bool unique = false;
     bool modifiable = false;
     std::vector<KeySegment> segments;

@@ -45,6 +45,8 @@ struct FileDefinition {
     uint8_t pageCompression = 0;
     uint16_t preallocatedPages = 0;
     std::vector<IndexDefinition> indexes;  // ascending by number
+    // Over the times of the records, if the file keeps them: neither counted nor in any reply.
+    std::vector<IndexDefinition> systemIndexes;
     CollationList collations;  // registered in the file; they outlive the indexes that brought them
 };
 
@@ -57,6 +59,11 @@ struct IndexRequest {
 // Understands a create request: 22, 24, 28, 26, 6 (only a statistics reply numbers its indexes), 27, 29, 45,
 // 49, 48, 136. Indexes of an ordinary request are numbered from 0.
 FileDefinition parseCreateRequest(ByteView request);
+
+// The system indexes of a newly created file: the creation time where its flags ask for it, or say nothing
+// and no unique index exists, and the update time with version 2.
+std::vector<IndexDefinition> systemIndexesOf(const FileDefinition &file);
+IndexDefinition systemIndex(uint8_t number);
 
 // Understands the request for one more index of a file; the statuses are those above.
 IndexRequest parseIndexRequest(ByteView request, const FileDefinition &file);

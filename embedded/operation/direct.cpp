@@ -1,6 +1,6 @@
-#include "embedded/key/encoding.h"
 #include "embedded/operation/operations.h"
 #include "embedded/operation/read.h"
+#include "embedded/operation/record_key.h"
 #include "engine/bytes.h"
 #include "vantrel.h"
 
@@ -64,20 +64,15 @@ int32_t readDirect(Session &session, Request &request) {
             return VANTREL_STATUS_INVALID_RECORD_ADDRESS;
         if (index == nullptr)
             return VANTREL_STATUS_NO_ERROR;
-        Bytes rawKey;
-        extractRawKey(*index, found->record.data, rawKey);
-        if (keyIsNull(*index, rawKey))
-            return VANTREL_STATUS_NULL_KEY_PATH;
-        key.clear();
-        appendEncodedKey(*index, rawKey, key);
-        return VANTREL_STATUS_NO_ERROR;
+        return encodedKeyOf(*index, found->record, key) ? VANTREL_STATUS_NO_ERROR
+                                                        : VANTREL_STATUS_NULL_KEY_PATH;
     });
     if (status != VANTREL_STATUS_NO_ERROR)
         return status;
     position.setCurrent(address, entry.record.updateTime);
     if (index != nullptr) {
         position.setLogical(index->number, key, address);
-        deliverKey(request, *index, entry.record.data);
+        deliverKey(request, *index, entry.record);
     }
     return deliverRecord(request, entry.record);
 }

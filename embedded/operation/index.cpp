@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "embedded/key/encoding.h"
 #include "embedded/operation/operations.h"
+#include "embedded/operation/record_key.h"
 #include "embedded/operation/reply.h"
 #include "embedded/operation/structure.h"
 
@@ -66,13 +66,11 @@ class IndexBuilder {
 
   private:
     void collect(const StoredRecord &record) {
-        rawKey_.clear();
-        extractRawKey(index_, record.data, rawKey_);
-        if (keyIsNull(index_, rawKey_))
+        Entry entry{{}, record.address};
+        if (!encodedKeyOf(index_, record, entry.key))
             return;
-        Entry &entry = batch_.emplace_back(Entry{{}, record.address});
-        appendEncodedKey(index_, rawKey_, entry.key);
         collected_ += entry.key.size() + sizeof(Entry);
+        batch_.push_back(std::move(entry));
     }
 
     void flush() {
@@ -98,7 +96,6 @@ class IndexBuilder {
     Position &position_;
     Storage &storage_;
     const IndexDefinition &index_;
-    Bytes rawKey_;
     std::vector<Entry> batch_;
     size_t collected_ = 0;
     uint64_t uniqueCount_ = 0;

@@ -28,9 +28,11 @@ OpenFile::OpenFile(std::string path, LockFile::Sharing sharing, const StorageOpt
 
 std::shared_ptr<const IndexDefinition> OpenFile::index(int32_t keyNumber) {
     std::shared_ptr<const FileDefinition> definition = storage_->definition();
-    for (const IndexDefinition &index : definition->indexes) {
-        if (index.number == keyNumber)
-            return {std::move(definition), &index};
+    for (const auto *indexes : {&definition->indexes, &definition->systemIndexes}) {
+        for (const IndexDefinition &index : *indexes) {
+            if (index.number == keyNumber)
+                return {std::move(definition), &index};
+        }
     }
     throw StatusError{VANTREL_STATUS_INVALID_INDEX_NUMBER};
 }

@@ -179,7 +179,7 @@ int32_t readByKey(Session &session, Request &request) {
         return status;
     position.setLogical(index->number, entry.key, entry.record.address);
     position.setCurrent(entry.record.address, entry.record.updateTime);
-    deliverKey(request, *index, entry.record.data);
+    deliverKey(request, *index, entry.record);
     return deliverRecord(request, entry.record);
 }
 

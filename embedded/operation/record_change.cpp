@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <ctime>
 
-#include "embedded/key/encoding.h"
+#include "embedded/operation/record_key.h"
 #include "engine/bytes.h"
 #include "vantrel.h"
 
@@ -52,15 +52,6 @@ uint64_t nextAutoincrement(Storage &storage, const IndexDefinition &index) {
     return next;
 }
 
-void encodeEntry(const IndexDefinition &index, ByteView record, bool *isPresent, Bytes *key) {
-    Bytes rawKey;
-    extractRawKey(index, record, rawKey);
-    *isPresent = !keyIsNull(index, rawKey);
-    key->clear();
-    if (*isPresent)
-        appendEncodedKey(index, rawKey, *key);
-}
-
 }  // namespace
 
 RecordChange::RecordChange(Storage &storage)
@@ -70,7 +61,7 @@ std::optional<DuplicateKey> RecordChange::prepareInsert(Bytes &record) {
     kind_ = Kind::insert;
     address_ = storage_.state().lastAddress + 1;
     fillAutomaticFields(record);
-    record_ = record;
+    record_ = {address_, time_, time_, record};
     prepareEntries(nullptr, &record_);
     return findDuplicate(0);
 }
@@ -78,7 +69,7 @@ std::optional<DuplicateKey> RecordChange::prepareInsert(Bytes &record) {
 std::optional<DuplicateKey> RecordChange::prepareUpdate(const StoredRecord &old, ByteView record) {
     kind_ = Kind::update;
     address_ = old.address;
-    record_ = record;
+    record_ = {address_, old.createTime, time_, record};
     prepareEntries(&old, &record_);
     for (const EntryChange &entry : entries_) {
         if (!entry.index->modifiable)
@@ -108,37 +99,42 @@ void RecordChange::fillAutomaticFields(Bytes &record) {
     }
 }
 
-bool RecordChange::keysDiffer(const IndexDefinition &index, const StoredRecord *old, const ByteView *record) {
-    if (old == nullptr || record == nullptr)
+bool RecordChange::keysDiffer(const IndexDefinition &index, const StoredRecord *old,
+                              const StoredRecord *record) {
+    if (old == nullptr || record == nullptr || index.source == KeySource::updateTime)
         return true;
+    if (index.source == KeySource::createTime)
+        return false;
     return std::any_of(index.segments.begin(), index.segments.end(), [&](const KeySegment &segment) {
         return old->data.substr(segment.offset, segment.length) !=
-               record->substr(segment.offset, segment.length);
+               record->data.substr(segment.offset, segment.length);
     });
 }
 
+void RecordChange::prepareEntry(const IndexDefinition &index, std::optional<size_t> countSlot,
+                                const StoredRecord *old, const StoredRecord *record) {
+    if (!keysDiffer(index, old, record))
+        return;
+    EntryChange &entry = entries_.emplace_back();
+    entry.index = &index;
+    entry.countSlot = countSlot;
+    entry.erases = old != nullptr && encodedKeyOf(index, *old, entry.oldKey);
+    entry.inserts = record != nullptr && encodedKeyOf(index, *record, entry.newKey);
+}
+
 // The old record's bytes are used here only, before the storage is asked for anything else.
-void RecordChange::prepareEntries(const StoredRecord *old, const ByteView *record) {
+void RecordChange::prepareEntries(const StoredRecord *old, const StoredRecord *record) {
     entries_.clear();
     size_t slot = 0;
-    for (const IndexDefinition &index : definition_->indexes) {
-        size_t countSlot = slot++;
-        if (!keysDiffer(index, old, record))
-            continue;
-        EntryChange &entry = entries_.emplace_back();
-        entry.index = &index;
-        entry.countSlot = countSlot;
-        entry.erases = entry.inserts = entry.keyExisted = false;
-        if (old != nullptr)
-            encodeEntry(index, old->data, &entry.erases, &entry.oldKey);
-        if (record != nullptr)
-            encodeEntry(index, *record, &entry.inserts, &entry.newKey);
-    }
+    for (const IndexDefinition &index : definition_->indexes)
+        prepareEntry(index, slot++, old, record);
+    for (const IndexDefinition &index : definition_->systemIndexes)
+        prepareEntry(index, std::nullopt, old, record);
 }
 
 std::optional<DuplicateKey> RecordChange::findDuplicate(int64_t ownAddress) {
     for (EntryChange &entry : entries_) {
-        if (!entry.inserts)
+        if (!entry.inserts || !entry.countSlot)
             continue;
         int64_t existing = storage_.firstAddress(entry.index->number, entry.newKey);
         entry.keyExisted = existing != 0;
@@ -148,24 +144,28 @@ std::optional<DuplicateKey> RecordChange::findDuplicate(int64_t ownAddress) {
     return std::nullopt;
 }
 
-void RecordChange::applyEntries(int64_t address) {
-    FileState &state = storage_.state();
+void RecordChange::applyEntries() {
     for (EntryChange &entry : entries_) {
-        uint8_t index = entry.index->number;
         bool keyStays = entry.erases && entry.inserts && entry.oldKey == entry.newKey;
         if (keyStays)
             continue;
-        if (entry.erases) {
-            storage_.deleteEntry(index, entry.oldKey, address);
-            if (storage_.firstAddress(index, entry.oldKey) == 0)
-                --state.uniqueCounts[entry.countSlot];
-        }
-        if (entry.inserts) {
-            storage_.insertEntry(index, entry.newKey, address);
-            if (!entry.keyExisted)
-                ++state.uniqueCounts[entry.countSlot];
-        }
+        if (entry.erases)
+            eraseEntry(entry);
+        if (entry.inserts)
+            insertEntry(entry);
     }
+}
+
+void RecordChange::eraseEntry(const EntryChange &entry) {
+    storage_.deleteEntry(entry.index->number, entry.oldKey, address_);
+    if (entry.countSlot && storage_.firstAddress(entry.index->number, entry.oldKey) == 0)
+        --storage_.state().uniqueCounts[*entry.countSlot];
+}
+
+void RecordChange::insertEntry(const EntryChange &entry) {
+    storage_.insertEntry(entry.index->number, entry.newKey, address_);
+    if (entry.countSlot && !entry.keyExisted)
+        ++storage_.state().uniqueCounts[*entry.countSlot];
 }
 
 RecordChange::Applied RecordChange::apply() {
@@ -173,19 +173,19 @@ RecordChange::Applied RecordChange::apply() {
     state.lastTime = time_;
     switch (kind_) {
         case Kind::insert:
-            storage_.insertRecord({address_, time_, time_, record_});
+            storage_.insertRecord(record_);
             state.lastAddress = address_;
             ++state.recordCount;
             break;
         case Kind::update:
-            storage_.updateRecord(address_, time_, record_);
+            storage_.updateRecord(address_, time_, record_.data);
             break;
         case Kind::erase:
             storage_.deleteRecord(address_);
             --state.recordCount;
             break;
     }
-    applyEntries(address_);
+    applyEntries();
     return {address_, time_};
 }
 

@@ -34,6 +34,7 @@ class RecordChange {
     };
     Applied apply();
 
+    const StoredRecord &record() const { return record_; }
     // The new record's entry in an index; null where it has none.
     const Bytes *newKey(uint8_t index) const;
 
@@ -41,17 +42,21 @@ class RecordChange {
     // What happens to one index.
     struct EntryChange {
         const IndexDefinition *index;
-        size_t countSlot;
-        bool erases, inserts;
-        bool keyExisted;
+        std::optional<size_t> countSlot;  // none for system indexes, whose keys are unique by nature
+        bool erases = false, inserts = false;
+        bool keyExisted = false;
         Bytes oldKey, newKey;
     };
     enum class Kind { insert, update, erase };
 
-    void prepareEntries(const StoredRecord *old, const ByteView *record);
-    bool keysDiffer(const IndexDefinition &index, const StoredRecord *old, const ByteView *record);
+    void prepareEntries(const StoredRecord *old, const StoredRecord *record);
+    void prepareEntry(const IndexDefinition &index, std::optional<size_t> countSlot, const StoredRecord *old,
+                      const StoredRecord *record);
+    bool keysDiffer(const IndexDefinition &index, const StoredRecord *old, const StoredRecord *record);
     std::optional<DuplicateKey> findDuplicate(int64_t ownAddress);
-    void applyEntries(int64_t address);
+    void applyEntries();
+    void eraseEntry(const EntryChange &entry);
+    void insertEntry(const EntryChange &entry);
     void fillAutomaticFields(Bytes &record);
 
     Storage &storage_;
@@ -59,7 +64,7 @@ class RecordChange {
     Kind kind_ = Kind::insert;
     int64_t address_ = 0;
     uint64_t time_ = 0;
-    ByteView record_;
+    StoredRecord record_;
     std::vector<EntryChange> entries_;
 };
 

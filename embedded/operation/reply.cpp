@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "embedded/key/encoding.h"
+#include "embedded/operation/record_key.h"
 #include "embedded/status_error.h"
 #include "vantrel.h"
 
@@ -30,19 +30,12 @@ int32_t deliverData(Request &request, ByteView bytes) {
     return length == bytes.size() ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_DATA_LENGTH_ERROR;
 }
 
-void deliverKey(Request &request, const IndexDefinition &index, ByteView record) {
-    uint32_t room = request.keyLength;
-    uint8_t *target = request.key;
-    for (const KeySegment &segment : index.segments) {
-        if (room == 0)
-            return;
-        ByteView bytes = record.substr(std::min<size_t>(segment.offset, record.size()), segment.length);
-        auto length = static_cast<uint32_t>(std::min<size_t>(room, bytes.size()));
-        if (length != 0)
-            memcpy(target, bytes.data(), length);
-        target += length;
-        room -= length;
-    }
+void deliverKey(Request &request, const IndexDefinition &index, const StoredRecord &record) {
+    if (request.keyLength == 0)
+        return;
+    thread_local Bytes rawKey;
+    rawKeyOf(index, record, rawKey);
+    memcpy(request.key, rawKey.data(), std::min<size_t>(request.keyLength, rawKey.size()));
 }
 
 std::string textInKey(const Request &request) {

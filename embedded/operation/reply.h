@@ -4,7 +4,7 @@
 #include <string>
 
 #include "embedded/core.h"
-#include "embedded/key/definition.h"
+#include "embedded/storage/storage.h"
 
 namespace vantrel::embedded {
 
@@ -12,7 +12,7 @@ namespace vantrel::embedded {
 int32_t deliverData(Request &request, ByteView bytes);
 
 // Writes as much of a record's raw key into the key buffer as fits.
-void deliverKey(Request &request, const IndexDefinition &index, ByteView record);
+void deliverKey(Request &request, const IndexDefinition &index, const StoredRecord &record);
 
 // A text in the key or data buffer, which ends at a zero byte or with the buffer. Without a buffer status 21
 // or 22 is thrown.

@@ -44,6 +44,25 @@ Bytes duplicateConflictReply(const Position &position) {
     return reply;
 }
 
+// Whether the times of the records are indexed; and the index by which a log could name each record: that of
+// the times, or else the first unique one.
+Bytes systemDataReply(const FileDefinition &definition) {
+    bool hasTimes = !definition.systemIndexes.empty();
+    const IndexDefinition *logIndex = hasTimes ? &definition.systemIndexes.back() : nullptr;
+    for (const IndexDefinition &index : definition.indexes) {
+        if (logIndex == nullptr && index.unique)
+            logIndex = &index;
+    }
+    Bytes reply;
+    append(reply, hasTimes, 1);
+    append(reply, hasTimes, 1);
+    append(reply, logIndex != nullptr, 1);
+    append(reply, logIndex != nullptr ? logIndex->number : 0, 1);
+    append(reply, hasTimes ? definition.systemIndexes.back().keyLength : 0, 2);
+    append(reply, definition.systemIndexes.size(), 2);
+    return reply;
+}
+
 // A number that stays with the file: of its inode, which no other file on the device has.
 uint32_t fileIdentifier(const std::string &path) {
     struct stat status;
@@ -103,7 +122,7 @@ Bytes replyTo(uint32_t subFunction, Session &session, Position &position) {
         case segmentFiles:
             return segmentFilesReply(position.file->path());
         case systemData:
-            return Bytes(8, '\0');
+            return systemDataReply(*position.file->storage().definition());
         case duplicateConflict:
             return duplicateConflictReply(position);
         case fileUsage:

@@ -80,7 +80,7 @@ int32_t insertRecord(Session &session, Request &request) {
     if (index != nullptr) {
         if (const Bytes *key = change.newKey(index->number))
             position.setLogical(index->number, *key, address);
-        deliverKey(request, *index, record);
+        deliverKey(request, *index, change.record());
     }
     return VANTREL_STATUS_NO_ERROR;
 }

@@ -27,8 +27,9 @@ void takeRecord(const Statement &statement, StoredRecord *record) {
 }
 
 bool hasIndex(const FileDefinition &definition, uint8_t number) {
-    return std::any_of(definition.indexes.begin(), definition.indexes.end(),
-                       [number](const IndexDefinition &index) { return index.number == number; });
+    auto isMeant = [number](const IndexDefinition &index) { return index.number == number; };
+    return std::any_of(definition.indexes.begin(), definition.indexes.end(), isMeant) ||
+           std::any_of(definition.systemIndexes.begin(), definition.systemIndexes.end(), isMeant);
 }
 
 constexpr const char *entryColumns =
@@ -336,6 +337,7 @@ void SqliteStorage::commit(Durability durability) {
         throw;
     }
     writing_ = false;
+    isRedefined_ = false;
     unsynced_ = true;
     if (durability == Durability::synced && !accelerated_)
         sync();
@@ -347,7 +349,9 @@ void SqliteStorage::rollback() {
     if (sqlite3_get_autocommit(database_.get()) == 0)
         rollback_.run();
     writing_ = false;
-    generation_ = -1;
+    if (isRedefined_)
+        generation_ = -1;
+    isRedefined_ = false;
 }
 
 void SqliteStorage::insertRecord(const StoredRecord &record) {
@@ -404,6 +408,7 @@ void SqliteStorage::dropIndexTable(uint8_t index) {
 
 void SqliteStorage::writeDefinition(const FileDefinition &definition) {
     resetScans();
+    isRedefined_ = true;
     saveDefinition(database_, definition);
     reload();
 }

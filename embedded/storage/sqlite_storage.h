@@ -91,6 +91,7 @@ class SqliteStorage final : public Storage {
     bool unsynced_ = false;
     bool accelerated_ = false;
     bool scansAreOpen_ = false;
+    bool isRedefined_ = false;  // by the write transaction
     int cacheShares_ = 0;
 
     std::shared_ptr<const FileDefinition> definition_;

@@ -91,7 +91,7 @@ TEST_F(StatisticsTest, ExtendedRepliesHaveTheirLengths) {
     EXPECT_EQ(extended(5, 72), std::string(72, '\0'));
     EXPECT_EQ(extended(6, 104), std::string(104, '\0'));
     EXPECT_EQ(extended(8, 267), std::string(267, '\0'));
-    EXPECT_EQ(extended(2, 8), std::string(8, '\0'));
+    EXPECT_EQ(extended(2, 8), std::string("\0\0\1\0\0\0\0\0", 8));
     EXPECT_EQ(extended(4, 20).size(), 20u);
 }
 
