@@ -52,6 +52,10 @@ uint64_t nextAutoincrement(Storage &storage, const IndexDefinition &index) {
     return next;
 }
 
+TailEdit wholeTailOf(const StoredRecord &record) {
+    return {0, record.length - record.data.size(), {}};
+}
+
 }  // namespace
 
 RecordChange::RecordChange(Storage &storage)
@@ -61,15 +65,21 @@ std::optional<DuplicateKey> RecordChange::prepareInsert(Bytes &record) {
     kind_ = Kind::insert;
     address_ = storage_.state().lastAddress + 1;
     fillAutomaticFields(record);
-    record_ = {address_, time_, time_, record};
+    record_ = {address_, time_, time_, record, record.size()};
     prepareEntries(nullptr, &record_);
     return findDuplicate(0);
 }
 
 std::optional<DuplicateKey> RecordChange::prepareUpdate(const StoredRecord &old, ByteView record) {
+    return prepareEdit(old, record, record.size(), wholeTailOf(old));
+}
+
+std::optional<DuplicateKey> RecordChange::prepareEdit(const StoredRecord &old, ByteView head, uint64_t length,
+                                                      const TailEdit &tail) {
     kind_ = Kind::update;
     address_ = old.address;
-    record_ = {address_, old.createTime, time_, record};
+    tail_ = tail;
+    record_ = {address_, old.createTime, time_, head, length};
     prepareEntries(&old, &record_);
     for (const EntryChange &entry : entries_) {
         if (!entry.index->modifiable)
@@ -81,6 +91,7 @@ std::optional<DuplicateKey> RecordChange::prepareUpdate(const StoredRecord &old,
 void RecordChange::prepareDelete(const StoredRecord &old) {
     kind_ = Kind::erase;
     address_ = old.address;
+    tail_ = wholeTailOf(old);
     prepareEntries(&old, nullptr);
 }
 
@@ -178,13 +189,15 @@ RecordChange::Applied RecordChange::apply() {
             ++state.recordCount;
             break;
         case Kind::update:
-            storage_.updateRecord(address_, time_, record_.data);
+            storage_.updateRecord(record_);
             break;
         case Kind::erase:
             storage_.deleteRecord(address_);
             --state.recordCount;
             break;
     }
+    if (tail_.removed != 0 || !tail_.inserted.empty())
+        storage_.replaceInTail(address_, tail_.offset, tail_.removed, tail_.inserted);
     applyEntries();
     return {address_, time_};
 }

@@ -14,6 +14,13 @@ struct DuplicateKey {
     uint8_t index;
 };
 
+// Bytes put in the place of others in the tail of a long record.
+struct TailEdit {
+    uint64_t offset = 0;
+    uint64_t removed = 0;
+    ByteView inserted;
+};
+
 // Inserts, updates and deletes records together with their index entries, inside a write transaction. Each
 // change is checked in whole before its first write: `prepare...` returns or throws what forbids it, and
 // `apply` then writes.
@@ -25,6 +32,9 @@ class RecordChange {
     std::optional<DuplicateKey> prepareInsert(Bytes &record);
     // A changed key that is not modifiable is thrown as status 10.
     std::optional<DuplicateKey> prepareUpdate(const StoredRecord &old, ByteView record);
+    // Only part of the record changes: its new head and length, and what happens to its tail.
+    std::optional<DuplicateKey> prepareEdit(const StoredRecord &old, ByteView head, uint64_t length,
+                                            const TailEdit &tail);
     void prepareDelete(const StoredRecord &old);
 
     // Returns the record's address and version afterwards.
@@ -65,6 +75,7 @@ class RecordChange {
     int64_t address_ = 0;
     uint64_t time_ = 0;
     StoredRecord record_;
+    TailEdit tail_;
     std::vector<EntryChange> entries_;
 };
 

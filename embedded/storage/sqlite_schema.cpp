@@ -1,5 +1,7 @@
 #include "embedded/storage/sqlite_schema.h"
 
+#include "embedded/storage/sqlite_tail.h"
+
 #include "engine/bytes.h"
 #include "vantrel.h"
 
@@ -29,9 +31,10 @@ void createTables(Database &database, const FileDefinition &definition) {
         "last_address INTEGER NOT NULL, last_time INTEGER NOT NULL, unique_counts BLOB NOT NULL);"
         "CREATE TABLE record(address INTEGER PRIMARY KEY, created INTEGER NOT NULL, updated INTEGER NOT "
         "NULL, "
-        "data BLOB NOT NULL);"
+        "length INTEGER NOT NULL, data BLOB NOT NULL);"
         "INSERT INTO definition VALUES(1, 0, x'');"
         "INSERT INTO state VALUES(1, 0, 0, 0, x'')");
+    SqliteTail::createTables(database);
     saveDefinition(database, definition);
     for (const IndexDefinition &index : definition.indexes)
         createIndexTableIn(database, index.number);

@@ -17,12 +17,14 @@ constexpr int smallestCacheKiB = 1024;
 // The connections of this process, which share the cache budget.
 std::atomic<int> connections{0};
 
-constexpr int addressColumn = 0, createTimeColumn = 1, updateTimeColumn = 2, dataColumn = 3, keyColumn = 4;
+// In the order of the columns of every read.
+enum Column : int { addressColumn, createTimeColumn, updateTimeColumn, lengthColumn, dataColumn, keyColumn };
 
 void takeRecord(const Statement &statement, StoredRecord *record) {
     record->address = statement.integer(addressColumn);
     record->createTime = static_cast<uint64_t>(statement.integer(createTimeColumn));
     record->updateTime = static_cast<uint64_t>(statement.integer(updateTimeColumn));
+    record->length = static_cast<uint64_t>(statement.integer(lengthColumn));
     record->data = statement.bytes(dataColumn);
 }
 
@@ -33,9 +35,9 @@ bool hasIndex(const FileDefinition &definition, uint8_t number) {
 }
 
 constexpr const char *entryColumns =
-    "SELECT r.address, r.created, r.updated, r.data, e.key FROM index_%u e CROSS JOIN record r "
+    "SELECT r.address, r.created, r.updated, r.length, r.data, e.key FROM index_%u e CROSS JOIN record r "
     "ON r.address = e.address ";
-constexpr const char *recordColumns = "SELECT address, created, updated, data FROM record ";
+constexpr const char *recordColumns = "SELECT address, created, updated, length, data FROM record ";
 
 }  // namespace
 
@@ -235,8 +237,8 @@ int64_t SqliteStorage::firstAddress(uint8_t index, ByteView key) {
 
 bool SqliteStorage::readRecord(int64_t address, StoredRecord *found) {
     beginReading();
-    Statement &read =
-        prepared(readRecord_, "SELECT address, created, updated, data FROM record WHERE address = ?1");
+    Statement &read = prepared(
+        readRecord_, "SELECT address, created, updated, length, data FROM record WHERE address = ?1");
     read.reset();
     if (!read.bind(1, address).step())
         return false;
@@ -266,6 +268,11 @@ bool SqliteStorage::findRecord(Direction direction, int64_t address, StoredRecor
     takeRecord(scan.statement, found);
     scan.address = found->address;
     return true;
+}
+
+void SqliteStorage::readTail(int64_t address, uint64_t offset, uint64_t length, char *target) {
+    beginReading();
+    tail_.read(address, offset, length, target);
 }
 
 FileState SqliteStorage::readState() {
@@ -356,21 +363,29 @@ void SqliteStorage::rollback() {
 
 void SqliteStorage::insertRecord(const StoredRecord &record) {
     resetScans();
-    prepared(insertRecord_, "INSERT INTO record(address, created, updated, data) VALUES(?1, ?2, ?3, ?4)")
+    prepared(insertRecord_,
+             "INSERT INTO record(address, created, updated, length, data) VALUES(?1, ?2, ?3, ?4, ?5)")
         .bind(1, record.address)
         .bind(2, record.createTime)
         .bind(3, record.updateTime)
+        .bind(4, record.length)
+        .bind(5, record.data)
+        .run();
+}
+
+void SqliteStorage::updateRecord(const StoredRecord &record) {
+    resetScans();
+    prepared(updateRecord_, "UPDATE record SET updated = ?2, length = ?3, data = ?4 WHERE address = ?1")
+        .bind(1, record.address)
+        .bind(2, record.updateTime)
+        .bind(3, record.length)
         .bind(4, record.data)
         .run();
 }
 
-void SqliteStorage::updateRecord(int64_t address, uint64_t updateTime, ByteView data) {
+void SqliteStorage::replaceInTail(int64_t address, uint64_t offset, uint64_t removed, ByteView inserted) {
     resetScans();
-    prepared(updateRecord_, "UPDATE record SET updated = ?2, data = ?3 WHERE address = ?1")
-        .bind(1, address)
-        .bind(2, updateTime)
-        .bind(3, data)
-        .run();
+    tail_.replace(address, offset, removed, inserted);
 }
 
 void SqliteStorage::deleteRecord(int64_t address) {

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "embedded/storage/sqlite_database.h"
+#include "embedded/storage/sqlite_tail.h"
 #include "embedded/storage/storage.h"
 #include "embedded/storage/wal_index.h"
 
@@ -24,6 +25,7 @@ class SqliteStorage final : public Storage {
     int64_t firstAddress(uint8_t index, ByteView key) override;
     bool readRecord(int64_t address, StoredRecord *found) override;
     bool findRecord(Direction direction, int64_t address, StoredRecord *found) override;
+    void readTail(int64_t address, uint64_t offset, uint64_t length, char *target) override;
     FileState readState() override;
     uint64_t unusedBytes() override;
 
@@ -34,7 +36,8 @@ class SqliteStorage final : public Storage {
 
     FileState &state() override { return state_; }
     void insertRecord(const StoredRecord &record) override;
-    void updateRecord(int64_t address, uint64_t updateTime, ByteView data) override;
+    void updateRecord(const StoredRecord &record) override;
+    void replaceInTail(int64_t address, uint64_t offset, uint64_t removed, ByteView inserted) override;
     void deleteRecord(int64_t address) override;
     void insertEntry(uint8_t index, ByteView key, int64_t address) override;
     void deleteEntry(uint8_t index, ByteView key, int64_t address) override;
@@ -99,6 +102,7 @@ class SqliteStorage final : public Storage {
     FileState state_;
     FileState committedState_;
 
+    SqliteTail tail_{database_};
     std::map<uint8_t, IndexStatements> indexes_;
     Scan recordsForward_, recordsBackward_;
     Statement readGeneration_, readState_, writeState_, freePages_;

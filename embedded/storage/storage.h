@@ -19,8 +19,12 @@ struct StoredRecord {
     int64_t address = 0;
     uint64_t createTime = 0;
     uint64_t updateTime = 0;  // unique in the file, and so the version of the record
-    ByteView data;
+    ByteView data;            // the head; the tail of a long record is read by itself
+    uint64_t length = 0;      // of head and tail
 };
+
+// As much of a record as its head holds.
+inline constexpr uint64_t headSize = 65535;
 
 // An entry of an index, with its record. The bytes stay valid until the next call of the storage.
 struct StoredEntry {
@@ -72,6 +76,9 @@ class Storage {
     virtual bool readRecord(int64_t address, StoredRecord *found) = 0;
     virtual bool findRecord(Direction direction, int64_t address, StoredRecord *found) = 0;
 
+    // Copies bytes that lie behind the head of a record, from an offset behind the head.
+    virtual void readTail(int64_t address, uint64_t offset, uint64_t length, char *target) = 0;
+
     virtual FileState readState() = 0;
     virtual uint64_t unusedBytes() = 0;
 
@@ -84,7 +91,9 @@ class Storage {
     // Inside a write transaction.
     virtual FileState &state() = 0;
     virtual void insertRecord(const StoredRecord &record) = 0;
-    virtual void updateRecord(int64_t address, uint64_t updateTime, ByteView data) = 0;
+    // Writes time, head and length; a tail changes by itself.
+    virtual void updateRecord(const StoredRecord &record) = 0;
+    virtual void replaceInTail(int64_t address, uint64_t offset, uint64_t removed, ByteView inserted) = 0;
     virtual void deleteRecord(int64_t address) = 0;
     virtual void insertEntry(uint8_t index, ByteView key, int64_t address) = 0;
     virtual void deleteEntry(uint8_t index, ByteView key, int64_t address) = 0;
