@@ -49,9 +49,9 @@ int32_t getPosition(Session &session, Request &request) {
 }
 
 int32_t readDirect(Session &session, Request &request) {
-    Position &position = session.position(request.positionBlock);
     if (request.keyNumber == keyNumberOfChunk)
-        return VANTREL_STATUS_OPERATION_NOT_ALLOWED;
+        return readChunk(session, request);
+    Position &position = session.position(request.positionBlock);
     bool namesIndex = request.keyNumber != VANTREL_INDEX_NONE;
     std::shared_ptr<const IndexDefinition> index =
         namesIndex ? position.file->index(request.keyNumber) : nullptr;
@@ -74,7 +74,7 @@ int32_t readDirect(Session &session, Request &request) {
         position.setLogical(index->number, key, address);
         deliverKey(request, *index, entry.record);
     }
-    return deliverRecord(request, entry.record);
+    return deliverRecord(request, storage, entry.record);
 }
 
 int32_t unlock(Session &session, Request &request) {

@@ -65,6 +65,8 @@ OperationFunction *functionOf(uint16_t operation) {
             return createIndex;
         case 32:
             return dropIndex;
+        case 53:
+            return changeChunk;
         case 65:
             return extendedStatistics;
         case 78:

@@ -15,7 +15,7 @@ OperationFunction openFile, closeFile, createFile, createIndex, dropIndex;
 
 // Records
 OperationFunction insertRecord, updateRecord, deleteRecord;
-OperationFunction readByKey, readByStep, readDirect, getPosition, unlock;
+OperationFunction readByKey, readByStep, readDirect, readChunk, changeChunk, getPosition, unlock;
 
 // The session
 OperationFunction setDirectory, getDirectory, login, version, resetSession;

@@ -45,6 +45,10 @@ struct Position {
     // The version before the session's transaction changed the current record.
     std::optional<uint64_t> versionBeforeTransaction;
 
+    // Where the last chunk operation ended, and in which record.
+    int64_t chunkAddress = 0;
+    uint64_t chunkEnd = 0;
+
     LockKind lockKind = LockKind::none;
     // The records locked through this position, and whether that was inside the transaction.
     std::map<int64_t, bool> locks;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <limits>
 #include <thread>
 
@@ -69,8 +70,23 @@ void LockAttempt::wait() {
     waitedMicroseconds_ += pause;
 }
 
-int32_t deliverRecord(Request &request, const StoredRecord &record) {
-    return request.keyOnly ? VANTREL_STATUS_NO_ERROR : deliverData(request, record.data);
+void copyRecord(Storage &storage, const StoredRecord &record, uint64_t start, uint64_t length, void *target) {
+    uint64_t fromHead =
+        start < record.data.size() ? std::min<uint64_t>(length, record.data.size() - start) : 0;
+    if (fromHead != 0)
+        memcpy(target, record.data.data() + start, fromHead);
+    if (length > fromHead)
+        storage.readTail(record.address, start + fromHead - headSize, length - fromHead,
+                         static_cast<char *>(target) + fromHead);
+}
+
+int32_t deliverRecord(Request &request, Storage &storage, const StoredRecord &record) {
+    if (request.keyOnly)
+        return VANTREL_STATUS_NO_ERROR;
+    uint64_t length = std::min<uint64_t>(request.offered, record.length);
+    copyRecord(storage, record, 0, length, request.data);
+    request.delivered = static_cast<uint32_t>(length);
+    return length == record.length ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_DATA_LENGTH_ERROR;
 }
 
 namespace {
@@ -180,7 +196,7 @@ int32_t readByKey(Session &session, Request &request) {
     position.setLogical(index->number, entry.key, entry.record.address);
     position.setCurrent(entry.record.address, entry.record.updateTime);
     deliverKey(request, *index, entry.record);
-    return deliverRecord(request, entry.record);
+    return deliverRecord(request, position.file->storage(), entry.record);
 }
 
 int32_t readByStep(Session &session, Request &request) {
@@ -199,7 +215,7 @@ int32_t readByStep(Session &session, Request &request) {
     if (status != VANTREL_STATUS_NO_ERROR)
         return status;
     position.setCurrent(entry.record.address, entry.record.updateTime);
-    return deliverRecord(request, entry.record);
+    return deliverRecord(request, position.file->storage(), entry.record);
 }
 
 }  // namespace vantrel::embedded

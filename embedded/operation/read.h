@@ -54,8 +54,11 @@ int32_t findAndLock(Session &session, Position &position, const Request &request
     }
 }
 
-// Hands a found record to the caller: its bytes, or nothing for a key-only read.
-int32_t deliverRecord(Request &request, const StoredRecord &record);
+// Copies bytes of a record, wherever in head and tail they lie.
+void copyRecord(Storage &storage, const StoredRecord &record, uint64_t start, uint64_t length, void *target);
+
+// Hands a found record to the caller: as many of its bytes as fit, or nothing for a key-only read.
+int32_t deliverRecord(Request &request, Storage &storage, const StoredRecord &record);
 
 }  // namespace vantrel::embedded
 

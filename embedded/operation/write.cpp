@@ -1,62 +1,11 @@
 #include <cstring>
 
+#include "embedded/operation/change.h"
 #include "embedded/operation/operations.h"
-#include "embedded/operation/record_change.h"
 #include "embedded/operation/reply.h"
 #include "vantrel.h"
 
 namespace vantrel::embedded {
-
-namespace {
-
-constexpr uint32_t longestRecord = 65535;
-
-Position &writablePosition(Session &session, const Request &request) {
-    Position &position = session.position(request.positionBlock);
-    if (position.isReadOnly)
-        throw StatusError{VANTREL_STATUS_ACCESS_TO_FILE_DENIED};
-    return position;
-}
-
-// A fixed-length record has its file's length, a variable one at least the length of the fixed part.
-ByteView recordIn(const Request &request, const FileDefinition &definition) {
-    bool isVariable = (definition.fileFlags & fileFlag::variableLength) != 0;
-    bool fits = isVariable ? request.offered >= definition.recordLength && request.offered <= longestRecord
-                           : request.offered == definition.recordLength;
-    if (!fits)
-        throw StatusError{VANTREL_STATUS_DATA_LENGTH_ERROR};
-    return dataBytes(request, request.offered);
-}
-
-int32_t refuseDuplicate(Position &position, const DuplicateKey &duplicate) {
-    position.conflictAddress = duplicate.address;
-    position.conflictIndex = duplicate.index;
-    return VANTREL_STATUS_DUPLICATE_KEY_VALUE;
-}
-
-// The current record as it is stored now, under the write transaction. A record that another session has
-// locked is status 84, one that another session changed or deleted since it was read 80.
-StoredRecord currentRecord(Position &position) {
-    OpenFile &file = *position.file;
-    int64_t address = *position.physical;
-    if (file.lockFile().recordIsLockedByAnother(address))
-        throw StatusError{VANTREL_STATUS_RECORD_IN_USE};
-    StoredRecord record;
-    if (!file.storage().readRecord(address, &record) || record.updateTime != *position.version)
-        throw StatusError{VANTREL_STATUS_CONFLICT};
-    return record;
-}
-
-// Inside a transaction changed records stay locked for others until it ends; outside one the change releases
-// the single lock.
-void settleLocks(Session &session, Position &position, int64_t address) {
-    if (session.insideTransaction())
-        position.file->lockChanged(address);
-    else if (position.lockKind == LockKind::single)
-        position.file->unlock(position, address);
-}
-
-}  // namespace
 
 int32_t insertRecord(Session &session, Request &request) {
     Position &position = writablePosition(session, request);
