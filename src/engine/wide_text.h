@@ -4,6 +4,9 @@
 #include <cstdint>
 #include <cwchar>
 
+#include "engine/records.h"
+#include "engine/status.h"
+
 namespace vantrel {
 
 inline constexpr uint32_t narrowTextSize = 4096;
@@ -20,6 +23,18 @@ class NarrowText {
   private:
     char text_[narrowTextSize];
 };
+
+// Calls the narrow form of a wide-character function. A text that is missing or does not fit is kept as the
+// client's status and returned instead.
+template <class Call>
+VantrelStatus withNarrowText(VantrelClient *client, const wchar_t *wideText, Call call) {
+    if (wideText == nullptr)
+        return keepStatusIfPresent(client, VANTREL_STATUS_INVALID_POINTER_PARAMETER);
+    NarrowText text(wideText);
+    if (!text.fits())
+        return keepStatusIfPresent(client, VANTREL_STATUS_INVALID_OPTION);
+    return call(text.get());
+}
 
 }  // namespace vantrel
 
