@@ -654,7 +654,63 @@ VANTREL_API int32_t VantrelClientGetClientIdentifier(VantrelClient *client);
 
 /* CLIENT OPERATIONS
  *
- * @@client-operations */
+ * The session's transactions, its current directory and its login, and files put at rest for a backup. Each
+ * function makes one request and keeps its status in the client; a null client or text gives
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER. */
+
+/* The drive that stands for the current one. 0 to 25 are drives of a system that has such; elsewhere they
+ * give VANTREL_STATUS_DIRECTORY_ERROR. */
+enum { VANTREL_DRIVE_CURRENT = 26 };
+
+/* Sets the directory that relative file names of the session start from; a path that is none gives
+ * VANTREL_STATUS_DIRECTORY_ERROR. */
+VANTREL_API VantrelStatus VantrelClientSetCurrentDirectory(VantrelClient *client, const char *path);
+VANTREL_API VantrelStatus VantrelClientSetCurrentDirectoryW(VantrelClient *client, const wchar_t *path);
+
+/* Writes the current directory of a drive, zero-terminated, into the buffer of bufferLength bytes. The length
+ * goes to the engine unchecked; one that is too small gives VANTREL_STATUS_KEY_BUFFER_TOO_SHORT. A drive
+ * above VANTREL_DRIVE_CURRENT gives VANTREL_STATUS_INVALID_OPTION. */
+VANTREL_API VantrelStatus VantrelClientGetCurrentDirectory(VantrelClient *client, uint32_t drive,
+                                                           char *buffer, int32_t bufferLength);
+
+/* The same in wide characters, of which the buffer holds bufferLength; the rest of it is filled with zeros. A
+ * length that is not positive, which is checked first, gives VANTREL_STATUS_INVALID_OPTION, and so does a
+ * directory that does not fit with its terminator: the buffer then holds its beginning, unterminated. */
+VANTREL_API VantrelStatus VantrelClientGetCurrentDirectoryW(VantrelClient *client, uint32_t drive,
+                                                            wchar_t *buffer, int32_t bufferLength);
+
+/* Ends what the session holds: its transaction is aborted, its locks are released and its files are closed at
+ * the engine. Close the files first: their handles cannot be closed, and so not be freed, afterwards. */
+VANTREL_API VantrelStatus VantrelClientReset(VantrelClient *client);
+
+/* The same for every session of the process. */
+VANTREL_API VantrelStatus VantrelClientStop(VantrelClient *client);
+
+/* Begins a transaction, to which all changes of the session belong until it ends. The lock mode is the one of
+ * reads inside that ask for none. A mode that does not exist gives VANTREL_STATUS_INVALID_OPTION; a
+ * transaction begun already VANTREL_STATUS_TRANSACTION_IS_ACTIVE. */
+VANTREL_API VantrelStatus VantrelClientTransactionBegin(VantrelClient *client,
+                                                        VantrelTransactionMode transactionMode,
+                                                        VantrelLockMode lockMode);
+
+/* Make the changes of the transaction permanent, or undo them. Without a transaction, end gives
+ * VANTREL_STATUS_END_TRANSACTION_ERROR and abort VANTREL_STATUS_TRANSACTION_ERROR. */
+VANTREL_API VantrelStatus VantrelClientTransactionEnd(VantrelClient *client);
+VANTREL_API VantrelStatus VantrelClientTransactionAbort(VantrelClient *client);
+
+/* Log the session in to a database and out of it. The library hands the text on; the engine takes
+ * vantrel://[user@][host]/[database][?option=value[&option=value...]] in both. */
+VANTREL_API VantrelStatus VantrelClientLogin(VantrelClient *client, const char *text);
+VANTREL_API VantrelStatus VantrelClientLoginW(VantrelClient *client, const wchar_t *text);
+VANTREL_API VantrelStatus VantrelClientLogout(VantrelClient *client, const char *text);
+VANTREL_API VantrelStatus VantrelClientLogoutW(VantrelClient *client, const wchar_t *text);
+
+/* Between begin and end, the named files do not change on disk while work on them goes on, so that any tool
+ * can copy them. The paths are separated by commas. */
+VANTREL_API VantrelStatus VantrelClientContinuousOperationBegin(VantrelClient *client, const char *paths);
+VANTREL_API VantrelStatus VantrelClientContinuousOperationBeginW(VantrelClient *client, const wchar_t *paths);
+VANTREL_API VantrelStatus VantrelClientContinuousOperationEnd(VantrelClient *client, const char *paths);
+VANTREL_API VantrelStatus VantrelClientContinuousOperationEndW(VantrelClient *client, const wchar_t *paths);
 
 /* FILE OPEN AND CLOSE
  *
