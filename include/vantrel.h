@@ -714,7 +714,28 @@ VANTREL_API VantrelStatus VantrelClientContinuousOperationEndW(VantrelClient *cl
 
 /* FILE OPEN AND CLOSE
  *
- * @@file-open-close */
+ * A file handle is a position in an open file, from a successful open to a successful close. Statuses of both
+ * are kept in the client. */
+
+/* Opens the file and hands out a handle, whose last status is 0. The owner name is null where the file has
+ * none; an empty one is sent as a name.
+ *
+ * A null client, file name or out pointer gives VANTREL_STATUS_INVALID_POINTER_PARAMETER; a mode or variant
+ * that does not exist VANTREL_STATUS_INVALID_OPTION: the out pointer is untouched by both. Any failure after
+ * them, VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE or a status of the engine, makes it null. */
+VANTREL_API VantrelStatus VantrelClientFileOpen(VantrelClient *client, VantrelFile **file,
+                                                const char *fileName, const char *ownerName,
+                                                VantrelOpenMode openMode, VantrelOpenVariant openVariant);
+
+/* The same with a wide file name, which is checked before all else; the owner name stays narrow. */
+VANTREL_API VantrelStatus VantrelClientFileOpenW(VantrelClient *client, VantrelFile **file,
+                                                 const wchar_t *fileName, const char *ownerName,
+                                                 VantrelOpenMode openMode, VantrelOpenVariant openVariant);
+
+/* Closes the file through the client that opened it and frees the handle. Any status but 0 leaves both: null
+ * gives VANTREL_STATUS_FILE_NOT_OPEN, a file without a client VANTREL_STATUS_INVALID_POINTER_PARAMETER, the
+ * file of another client VANTREL_STATUS_INVALID_OPTION. */
+VANTREL_API VantrelStatus VantrelClientFileClose(VantrelClient *client, VantrelFile *file);
 
 /* The status of the last operation on the file, which stays; VANTREL_STATUS_FILE_NOT_OPEN for null. */
 VANTREL_API VantrelStatus VantrelFileGetLastStatusCode(const VantrelFile *file);
