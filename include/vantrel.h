@@ -742,7 +742,19 @@ VANTREL_API VantrelStatus VantrelFileGetLastStatusCode(const VantrelFile *file);
 
 /* FILE DELETE AND RENAME
  *
- * @@file-delete-rename */
+ * By name, while nobody has the file open. Statuses are kept in the client; a null client or name gives
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER. */
+
+/* Deletes the file. */
+VANTREL_API VantrelStatus VantrelClientFileDelete(VantrelClient *client, const char *fileName);
+VANTREL_API VantrelStatus VantrelClientFileDeleteW(VantrelClient *client, const wchar_t *fileName);
+
+/* Gives the file another name. An existing file of that name is not replaced: it gives
+ * VANTREL_STATUS_FILE_ALREADY_EXISTS. */
+VANTREL_API VantrelStatus VantrelClientFileRename(VantrelClient *client, const char *existingName,
+                                                  const char *newName);
+VANTREL_API VantrelStatus VantrelClientFileRenameW(VantrelClient *client, const wchar_t *existingName,
+                                                   const wchar_t *newName);
 
 /* VERSION
  *

@@ -29,6 +29,7 @@ const TextFunction textFunctions[] = {
      VantrelClientContinuousOperationBeginW, 42, Place::data, 0},
     {"ContinuousOperationEnd", VantrelClientContinuousOperationEnd, VantrelClientContinuousOperationEndW, 42,
      Place::data, 1},
+    {"FileDelete", VantrelClientFileDelete, VantrelClientFileDeleteW, 14, Place::key, -128},
 };
 
 class TextRequest : public ClientTest, public testing::WithParamInterface<TextFunction> {
