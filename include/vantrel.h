@@ -758,7 +758,38 @@ VANTREL_API VantrelStatus VantrelClientFileRenameW(VantrelClient *client, const 
 
 /* VERSION
  *
- * @@version */
+ * A version record receives what the engine tells of three components: the client's side, the local engine
+ * and the remote one. A component that is not in use has zeros and the type VANTREL_VERSION_TYPE_NONE, as has
+ * each of a record that was never filled. */
+
+/* Allocates a record that was never filled; fails as all allocations do. */
+VANTREL_API VantrelStatus VantrelVersionAllocate(VantrelVersion **version);
+
+/* Frees the record; null is harmless. Returns 0. */
+VANTREL_API VantrelStatus VantrelVersionFree(VantrelVersion *version);
+
+/* Fills the record: with the versions of the engine that serves the file, or of the engine at hand where the
+ * file is null. The status is kept in the client, not in the record. A null client and a file without a
+ * client give VANTREL_STATUS_INVALID_POINTER_PARAMETER, the file of another client
+ * VANTREL_STATUS_INVALID_OPTION. A null record is not refused here: it goes to the engine. */
+VANTREL_API VantrelStatus VantrelClientGetVersion(VantrelClient *client, VantrelVersion *version,
+                                                  VantrelFile *file);
+
+/* The numbers of a component, 0 to 65535; -1 for null. */
+VANTREL_API int32_t VantrelVersionGetClientVersionNumber(VantrelVersion *version);
+VANTREL_API int32_t VantrelVersionGetClientRevisionNumber(VantrelVersion *version);
+VANTREL_API int32_t VantrelVersionGetLocalVersionNumber(VantrelVersion *version);
+VANTREL_API int32_t VantrelVersionGetLocalRevisionNumber(VantrelVersion *version);
+VANTREL_API int32_t VantrelVersionGetRemoteVersionNumber(VantrelVersion *version);
+VANTREL_API int32_t VantrelVersionGetRemoteRevisionNumber(VantrelVersion *version);
+
+/* The type of a component; -7 for null, and with VANTREL_STATUS_INVALID_OPTION for one that is not known. */
+VANTREL_API VantrelVersionType VantrelVersionGetClientVersionType(VantrelVersion *version);
+VANTREL_API VantrelVersionType VantrelVersionGetLocalVersionType(VantrelVersion *version);
+VANTREL_API VantrelVersionType VantrelVersionGetRemoteVersionType(VantrelVersion *version);
+
+/* The record's last status, which stays; VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
+VANTREL_API VantrelStatus VantrelVersionGetLastStatusCode(const VantrelVersion *version);
 
 /* KEY SEGMENT
  *
