@@ -1145,7 +1145,39 @@ VANTREL_API VantrelStatus VantrelFileBulkCreate(VantrelFile *file, const Vantrel
 
 /* TEXTS AND TIMESTAMPS
  *
- * @@texts */
+ * English texts for display. Each function takes any number and never gives null; numbers without a meaning
+ * give "Unknown". */
+
+/* The text of a status of the library or of the engine. */
+VANTREL_API const char *VantrelStatusCodeToString(VantrelStatus status);
+
+/* "None" for the physical order; indexes 0 to 118 count from 1 in the texts "1" to "119". */
+VANTREL_API const char *VantrelIndexToString(VantrelIndex index);
+
+/* The names of the enumerations' values. Page sizes are in bytes. */
+VANTREL_API const char *VantrelVersionTypeToString(VantrelVersionType versionType);
+VANTREL_API const char *VantrelFileVersionToString(VantrelFileVersion fileVersion);
+VANTREL_API const char *VantrelPageSizeToString(VantrelPageSize pageSize);
+VANTREL_API const char *VantrelFreeSpaceThresholdToString(VantrelFreeSpaceThreshold freeSpaceThreshold);
+VANTREL_API const char *VantrelSystemDataModeToString(VantrelSystemDataMode systemDataMode);
+VANTREL_API const char *VantrelACSModeToString(VantrelACSMode acsMode);
+VANTREL_API const char *VantrelNullKeyModeToString(VantrelNullKeyMode nullKeyMode);
+VANTREL_API const char *VantrelDuplicateModeToString(VantrelDuplicateMode duplicateMode);
+VANTREL_API const char *VantrelPageLockTypeToString(VantrelPageLockType pageLockType);
+VANTREL_API const char *VantrelLockModeToString(VantrelLockMode lockMode);
+VANTREL_API const char *VantrelOwnerModeToString(VantrelOwnerMode ownerMode);
+VANTREL_API const char *VantrelEncryptionTypeToString(VantrelEncryptionType encryptionType);
+VANTREL_API const char *VantrelRecordCompressionModeToString(
+    VantrelRecordCompressionMode recordCompressionMode);
+VANTREL_API const char *VantrelVariableLengthRecordsModeToString(
+    VantrelVariableLengthRecordsMode variableLengthRecordsMode);
+VANTREL_API const char *VantrelSystemFieldToString(VantrelSystemField systemField);
+VANTREL_API const char *VantrelDataTypeToString(VantrelDataType dataType);
+
+/* From microseconds since 1970-01-01 00:00:00 to timestamps and back. Overflow wraps around; what a timestamp
+ * has below a microsecond is dropped toward 1970. */
+VANTREL_API VantrelTimestamp VantrelUnixEpochMicrosecondsToTimestamp(int64_t microseconds);
+VANTREL_API int64_t VantrelTimestampToUnixEpochMicroseconds(VantrelTimestamp timestamp);
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,37 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "vantrel.h"
+
+namespace {
+
+constexpr const char *indexTexts[] = {
+    "1",   "2",   "3",   "4",   "5",   "6",   "7",   "8",   "9",   "10",  "11",  "12",  "13",  "14",  "15",
+    "16",  "17",  "18",  "19",  "20",  "21",  "22",  "23",  "24",  "25",  "26",  "27",  "28",  "29",  "30",
+    "31",  "32",  "33",  "34",  "35",  "36",  "37",  "38",  "39",  "40",  "41",  "42",  "43",  "44",  "45",
+    "46",  "47",  "48",  "49",  "50",  "51",  "52",  "53",  "54",  "55",  "56",  "57",  "58",  "59",  "60",
+    "61",  "62",  "63",  "64",  "65",  "66",  "67",  "68",  "69",  "70",  "71",  "72",  "73",  "74",  "75",
+    "76",  "77",  "78",  "79",  "80",  "81",  "82",  "83",  "84",  "85",  "86",  "87",  "88",  "89",  "90",
+    "91",  "92",  "93",  "94",  "95",  "96",  "97",  "98",  "99",  "100", "101", "102", "103", "104", "105",
+    "106", "107", "108", "109", "110", "111", "112", "113", "114", "115", "116", "117", "118", "119"};
+
+TEST(IndexText, CountsFromOne) {
+    VantrelIndex index = 0;
+    for (const char *text : indexTexts)
+        EXPECT_STREQ(VantrelIndexToString(index++), text);
+    EXPECT_EQ(index, 119);
+}
+
+TEST(IndexText, NamesThePhysicalOrderAndTheSystemIndexes) {
+    EXPECT_STREQ(VantrelIndexToString(-1), "None");
+    EXPECT_STREQ(VantrelIndexToString(124), "System Version 2");
+    EXPECT_STREQ(VantrelIndexToString(125), "System");
+}
+
+TEST(IndexText, AllOthersAreUnknown) {
+    for (VantrelIndex index : {INT_MIN, -2, 119, 120, 121, 122, 123, 126, 127, 255, 256, INT_MAX})
+        EXPECT_STREQ(VantrelIndexToString(index), "Unknown") << index;
+}
+
+}  // namespace
