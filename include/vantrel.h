@@ -793,7 +793,57 @@ VANTREL_API VantrelStatus VantrelVersionGetLastStatusCode(const VantrelVersion *
 
 /* KEY SEGMENT
  *
- * @@key-segment */
+ * One field of the record that takes part in an index: where it lies, how it compares, and when it is null.
+ * Segments are added to index attributes, which copy them; segments read back from a file with
+ * VantrelFileInformationGetKeySegment also carry what the index decides for all of its segments. */
+
+/* Allocates a key segment of offset -1, length 0, type VANTREL_DATA_TYPE_LEGACY_STRING, ascending order and
+ * VANTREL_NULL_KEY_MODE_NONE. Freeing takes null too and returns 0. */
+VANTREL_API VantrelStatus VantrelKeySegmentAllocate(VantrelKeySegment **segment);
+VANTREL_API VantrelStatus VantrelKeySegmentFree(VantrelKeySegment *segment);
+
+/* Sets which bytes of the record the segment covers, and their type. The offset counts from 0, the length is
+ * 0 to 1024, and their sum is at most 65535; the type is any VantrelDataType.
+ *
+ * Returns VANTREL_STATUS_INVALID_OPTION for a place or type out of range; an unknown type has then replaced a
+ * legacy one by the extended type set last. */
+VANTREL_API VantrelStatus VantrelKeySegmentSetField(VantrelKeySegment *segment, int32_t offset,
+                                                    int32_t length, VantrelDataType dataType);
+
+/* Sets whether records are left out of the index when this segment is null, that is when all its bytes have
+ * the null value (0 to 255, at first 0). VANTREL_STATUS_INVALID_OPTION for values out of range. */
+VANTREL_API VantrelStatus VantrelKeySegmentSetNullKeyMode(VantrelKeySegment *segment,
+                                                          VantrelNullKeyMode mode);
+VANTREL_API VantrelStatus VantrelKeySegmentSetNullValue(VantrelKeySegment *segment, int32_t value);
+
+/* Sorts by this segment from the highest value to the lowest (nonzero) or the other way (0). */
+VANTREL_API VantrelStatus VantrelKeySegmentSetDescendingSortOrder(VantrelKeySegment *segment,
+                                                                  int32_t isDescending);
+
+/* What the setters above set. The getters of types and modes fail with VANTREL_STATUS_INVALID_OPTION where
+ * the engine reported bits that stand for none. The sort order is 0 or 1. */
+VANTREL_API int32_t VantrelKeySegmentGetOffset(VantrelKeySegment *segment);
+VANTREL_API int32_t VantrelKeySegmentGetLength(VantrelKeySegment *segment);
+VANTREL_API VantrelDataType VantrelKeySegmentGetDataType(VantrelKeySegment *segment);
+VANTREL_API VantrelNullKeyMode VantrelKeySegmentGetNullKeyMode(VantrelKeySegment *segment);
+VANTREL_API int32_t VantrelKeySegmentGetNullValue(VantrelKeySegment *segment);
+VANTREL_API int32_t VantrelKeySegmentGetDescendingSortOrder(VantrelKeySegment *segment);
+
+/* Properties of the index, the same in all its segments; see VantrelIndexAttributes. They mean something in
+ * segments read back from a file. "Modifiable" is 0 or 1, the ACS number 0 to 255. */
+VANTREL_API VantrelDuplicateMode VantrelKeySegmentGetDuplicateMode(VantrelKeySegment *segment);
+VANTREL_API int32_t VantrelKeySegmentGetModifiable(VantrelKeySegment *segment);
+VANTREL_API VantrelACSMode VantrelKeySegmentGetACSMode(VantrelKeySegment *segment);
+VANTREL_API int32_t VantrelKeySegmentGetACSNumber(VantrelKeySegment *segment);
+
+/* For segments read back from a file: whether another segment of the same index follows (0 or 1), the index
+ * that the segment belongs to, and how many different keys the index holds. */
+VANTREL_API int32_t VantrelKeySegmentGetKeyContinues(VantrelKeySegment *segment);
+VANTREL_API VantrelIndex VantrelKeySegmentGetIndex(VantrelKeySegment *segment);
+VANTREL_API int64_t VantrelKeySegmentGetUniqueValueCount(VantrelKeySegment *segment);
+
+/* The segment's last status, which stays; VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
+VANTREL_API VantrelStatus VantrelKeySegmentGetLastStatusCode(const VantrelKeySegment *segment);
 
 /* INDEX ATTRIBUTES
  *
