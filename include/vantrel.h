@@ -847,7 +847,51 @@ VANTREL_API VantrelStatus VantrelKeySegmentGetLastStatusCode(const VantrelKeySeg
 
 /* INDEX ATTRIBUTES
  *
- * @@index-attributes */
+ * An index to be created with a file or added to one: its segments in the order in which they compare, and
+ * what holds for all of them. Settings can be replaced but segments not removed. The functions return their
+ * status; it cannot be asked for afterwards. */
+
+/* Allocates index attributes without segments and collation: duplicates not allowed, keys modifiable, index
+ * number chosen by the engine. Freeing takes null too and returns 0. */
+VANTREL_API VantrelStatus VantrelIndexAttributesAllocate(VantrelIndexAttributes **attributes);
+VANTREL_API VantrelStatus VantrelIndexAttributesFree(VantrelIndexAttributes *attributes);
+
+/* Appends a copy of the segment; changing or freeing the segment afterwards does not change the index. An
+ * index holds up to 420 segments: one more gives VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE. */
+VANTREL_API VantrelStatus VantrelIndexAttributesAddKeySegment(VantrelIndexAttributes *attributes,
+                                                              const VantrelKeySegment *segment);
+
+/* Asks for an index number instead of leaving it to the engine, which cannot be taken back. Every VantrelIndex
+ * is accepted, though the engine gives new indexes the numbers 0 to 118 only; VANTREL_STATUS_INVALID_OPTION
+ * for anything else. */
+VANTREL_API VantrelStatus VantrelIndexAttributesSetIndex(VantrelIndexAttributes *attributes,
+                                                         VantrelIndex index);
+
+/* Whether records may have equal keys; VANTREL_STATUS_INVALID_OPTION for no VantrelDuplicateMode. */
+VANTREL_API VantrelStatus VantrelIndexAttributesSetDuplicateMode(VantrelIndexAttributes *attributes,
+                                                                 VantrelDuplicateMode mode);
+
+/* Whether an update may change a record's key (nonzero) or not (0). */
+VANTREL_API VantrelStatus VantrelIndexAttributesSetModifiable(VantrelIndexAttributes *attributes,
+                                                              int32_t isModifiable);
+
+/* The alternate collating sequence by which text in the index compares; each of these four functions replaces
+ * what another one has chosen. It is a sequence that the engine knows by name (at most 16 characters); one
+ * defined here, a name (at most 8 characters) and the 256 bytes that the byte values 0 to 255 sort as; one
+ * that the engine knows by number (0 to 255); or VANTREL_ACS_MODE_NONE, _CASE_INSENSITIVE or _DEFAULT, the
+ * only modes that need neither name nor number.
+ *
+ * A longer name or another length of the table gives VANTREL_STATUS_DATA_LENGTH_ERROR, another number or mode
+ * VANTREL_STATUS_INVALID_OPTION. */
+VANTREL_API VantrelStatus VantrelIndexAttributesSetACSName(VantrelIndexAttributes *attributes,
+                                                           const char *name);
+VANTREL_API VantrelStatus VantrelIndexAttributesSetACSUserDefined(VantrelIndexAttributes *attributes,
+                                                                  const char *name, const void *table,
+                                                                  int32_t tableLength);
+VANTREL_API VantrelStatus VantrelIndexAttributesSetACSNumber(VantrelIndexAttributes *attributes,
+                                                             int32_t number);
+VANTREL_API VantrelStatus VantrelIndexAttributesSetACSMode(VantrelIndexAttributes *attributes,
+                                                           VantrelACSMode mode);
 
 /* FILE ATTRIBUTES
  *
