@@ -895,7 +895,55 @@ VANTREL_API VantrelStatus VantrelIndexAttributesSetACSMode(VantrelIndexAttribute
 
 /* FILE ATTRIBUTES
  *
- * @@file-attributes */
+ * A file to be created: the length of its records and options that hold for the whole file. The functions
+ * return their status, which is VANTREL_STATUS_INVALID_OPTION for a value out of range; it cannot be asked
+ * for afterwards. */
+
+/* Allocates file attributes: records of length 0, pages of 4096 bytes, the engine's default version and no
+ * option set. Freeing takes null too and returns 0. */
+VANTREL_API VantrelStatus VantrelFileAttributesAllocate(VantrelFileAttributes **attributes);
+VANTREL_API VantrelStatus VantrelFileAttributesFree(VantrelFileAttributes *attributes);
+
+/* The length of a record, or where records vary in length of its fixed part: 0 to 65535 bytes. */
+VANTREL_API VantrelStatus VantrelFileAttributesSetFixedRecordLength(VantrelFileAttributes *attributes,
+                                                                    int32_t length);
+
+/* The page size, of which the default is 4096 bytes, and whether pages are compressed (nonzero) or not. */
+VANTREL_API VantrelStatus VantrelFileAttributesSetPageSize(VantrelFileAttributes *attributes,
+                                                           VantrelPageSize pageSize, int32_t isCompressed);
+
+VANTREL_API VantrelStatus VantrelFileAttributesSetFileVersion(VantrelFileAttributes *attributes,
+                                                              VantrelFileVersion version);
+
+/* Room in every record for the duplicates of so many indexes added later, 0 to 255. */
+VANTREL_API VantrelStatus
+VantrelFileAttributesSetReservedDuplicatePointerCount(VantrelFileAttributes *attributes, int32_t count);
+
+/* Pages whose space is reserved at once, 0 to 65535. */
+VANTREL_API VantrelStatus VantrelFileAttributesSetPreallocatedPageCount(VantrelFileAttributes *attributes,
+                                                                        int32_t count);
+
+VANTREL_API VantrelStatus VantrelFileAttributesSetRecordCompressionMode(VantrelFileAttributes *attributes,
+                                                                        VantrelRecordCompressionMode mode);
+
+/* Whether indexes are kept balanced (nonzero) or not (0). */
+VANTREL_API VantrelStatus VantrelFileAttributesSetBalancedIndexes(VantrelFileAttributes *attributes,
+                                                                  int32_t areBalanced);
+
+/* Whether the file has the system indexes over the times of its records. */
+VANTREL_API VantrelStatus VantrelFileAttributesSetSystemDataMode(VantrelFileAttributes *attributes,
+                                                                 VantrelSystemDataMode mode);
+
+/* Whether records may be longer than the fixed length. */
+VANTREL_API VantrelStatus VantrelFileAttributesSetVariableLengthRecordsMode(
+    VantrelFileAttributes *attributes, VantrelVariableLengthRecordsMode mode);
+
+VANTREL_API VantrelStatus VantrelFileAttributesSetFreeSpaceThreshold(VantrelFileAttributes *attributes,
+                                                                     VantrelFreeSpaceThreshold threshold);
+
+/* Whether the file keeps only the keys of its one index (nonzero) or whole records (0). */
+VANTREL_API VantrelStatus VantrelFileAttributesSetKeyOnly(VantrelFileAttributes *attributes,
+                                                          int32_t isKeyOnly);
 
 /* FILE CREATE
  *

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "definition/file_attributes.h"
 #include "definition/index_attributes.h"
 #include "definition/key_segment.h"
 #include "support/client_test.h"
@@ -21,6 +22,7 @@ struct FreedBy {
 
 using KeySegmentPointer = std::unique_ptr<VantrelKeySegment, FreedBy<VantrelKeySegmentFree>>;
 using IndexAttributesPointer = std::unique_ptr<VantrelIndexAttributes, FreedBy<VantrelIndexAttributesFree>>;
+using FileAttributesPointer = std::unique_ptr<VantrelFileAttributes, FreedBy<VantrelFileAttributesFree>>;
 
 // A fresh record from the function that allocates it.
 template <class Pointer, class Record>
@@ -36,6 +38,10 @@ inline KeySegmentPointer newKeySegment() {
 
 inline IndexAttributesPointer newIndexAttributes() {
     return allocated<IndexAttributesPointer>(VantrelIndexAttributesAllocate);
+}
+
+inline FileAttributesPointer newFileAttributes() {
+    return allocated<FileAttributesPointer>(VantrelFileAttributesAllocate);
 }
 
 // The bytes of a record or of an area in it, to be compared as a whole.
