@@ -861,9 +861,9 @@ VANTREL_API VantrelStatus VantrelIndexAttributesFree(VantrelIndexAttributes *att
 VANTREL_API VantrelStatus VantrelIndexAttributesAddKeySegment(VantrelIndexAttributes *attributes,
                                                               const VantrelKeySegment *segment);
 
-/* Asks for an index number instead of leaving it to the engine, which cannot be taken back. Every VantrelIndex
- * is accepted, though the engine gives new indexes the numbers 0 to 118 only; VANTREL_STATUS_INVALID_OPTION
- * for anything else. */
+/* Asks for an index number instead of leaving it to the engine, which cannot be taken back. Every
+ * VantrelIndex is accepted, though the engine gives new indexes the numbers 0 to 118 only;
+ * VANTREL_STATUS_INVALID_OPTION for anything else. */
 VANTREL_API VantrelStatus VantrelIndexAttributesSetIndex(VantrelIndexAttributes *attributes,
                                                          VantrelIndex index);
 
@@ -947,7 +947,38 @@ VANTREL_API VantrelStatus VantrelFileAttributesSetKeyOnly(VantrelFileAttributes 
 
 /* FILE CREATE
  *
- * @@file-create */
+ * Creating a file does not open it. */
+
+/* Creates a file with the index that the index attributes describe, or without one where they are null.
+ *
+ * The attributes can be used again: the file attributes then hold this index, and the segments of the index
+ * attributes its settings. File attributes that have carried an index are not fit for a file without one,
+ * since their count of indexes stays 1. An index number set with VantrelIndexAttributesSetIndex is sent in
+ * the place of both modes, which are checked but then up to the engine.
+ *
+ * A null client, file name or file attributes give VANTREL_STATUS_INVALID_POINTER_PARAMETER, an unknown mode
+ * VANTREL_STATUS_INVALID_OPTION, an index too large for the request VANTREL_STATUS_DATA_LENGTH_ERROR. */
+VANTREL_API VantrelStatus VantrelClientFileCreate(VantrelClient *client,
+                                                  VantrelFileAttributes *fileAttributes,
+                                                  VantrelIndexAttributes *indexAttributes,
+                                                  const char *fileName, VantrelCreateMode createMode,
+                                                  VantrelLocationMode locationMode);
+VANTREL_API VantrelStatus VantrelClientFileCreateW(VantrelClient *client,
+                                                   VantrelFileAttributes *fileAttributes,
+                                                   VantrelIndexAttributes *indexAttributes,
+                                                   const wchar_t *fileName, VantrelCreateMode createMode,
+                                                   VantrelLocationMode locationMode);
+
+/* Creates an empty file with the attributes and all the indexes of the file that the file information was
+ * taken from with VantrelFileGetInformation. Statuses are those above. */
+VANTREL_API VantrelStatus VantrelClientFileCreateUsingFileInformation(VantrelClient *client,
+                                                                      VantrelFileInformation *fileInformation,
+                                                                      const char *fileName,
+                                                                      VantrelCreateMode createMode,
+                                                                      VantrelLocationMode locationMode);
+VANTREL_API VantrelStatus VantrelClientFileCreateUsingFileInformationW(
+    VantrelClient *client, VantrelFileInformation *fileInformation, const wchar_t *fileName,
+    VantrelCreateMode createMode, VantrelLocationMode locationMode);
 
 /* INDEX CREATE AND DROP
  *
