@@ -982,7 +982,19 @@ VANTREL_API VantrelStatus VantrelClientFileCreateUsingFileInformationW(
 
 /* INDEX CREATE AND DROP
  *
- * @@index-create-drop */
+ * Indexes can be added to an open file and taken away again. */
+
+/* Adds an index over the records that the file holds. Its number is the one set in the attributes, else the
+ * engine's choice. A named or user-defined collating sequence that the engine does not find is asked for once
+ * more as a numbered one, and the second status is the result. The settings of the attributes are written to
+ * their segments, which changes nothing for their next use.
+ *
+ * A null file gives VANTREL_STATUS_FILE_NOT_OPEN; null attributes, or a file without a client,
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER; too many segments VANTREL_STATUS_DATA_LENGTH_ERROR. */
+VANTREL_API VantrelStatus VantrelFileIndexCreate(VantrelFile *file, VantrelIndexAttributes *attributes);
+
+/* Drops an index; the others keep their numbers. VANTREL_STATUS_INVALID_OPTION for no VantrelIndex. */
+VANTREL_API VantrelStatus VantrelFileIndexDrop(VantrelFile *file, VantrelIndex index);
 
 /* RECORDS
  *
