@@ -72,8 +72,16 @@ inline constexpr uint32_t keyOnlyBias = 50;
 
 // Hands one request to the engine and returns its status unchanged; dataLength may be null where there is
 // no data buffer.
-VantrelStatus callVantrel(uint32_t operation, void *positionBlock, void *data, uint32_t *dataLength,
-                          void *key, int32_t keyLength, int32_t keyNumber, VantrelClient *clientIdentifier);
+inline VantrelStatus callVantrel(uint32_t operation, void *positionBlock, void *data, uint32_t *dataLength,
+                                 void *key, int32_t keyLength, int32_t keyNumber,
+                                 VantrelClient *clientIdentifier) {
+    uint32_t length = dataLength == nullptr ? 0 : *dataLength;
+    VantrelStatus status =
+        VNTLEXID(operation, positionBlock, data, &length, key, keyLength, keyNumber, clientIdentifier);
+    if (dataLength != nullptr)
+        *dataLength = length;
+    return status;
+}
 
 }  // namespace vantrel
 
