@@ -998,11 +998,122 @@ VANTREL_API VantrelStatus VantrelFileIndexDrop(VantrelFile *file, VantrelIndex i
 
 /* RECORDS
  *
- * @@records */
+ * One request inserts, reads, changes or deletes one record of an open file, or reads a key without its
+ * record. The file has a current record, the one read or inserted last, which update, delete, the chunk
+ * functions and the functions for its position and times refer to. The file also remembers the order that
+ * the last read went by, an index or the physical order, and the key it found: next and previous go on from
+ * there, whatever read it was. */
+
+/* Inserts the record, recordLength bytes long (0 to 65535). A field of an autoincrement index that is zero
+ * receives its value in the caller's record as well.
+ *
+ * Returns and keeps in the file VANTREL_STATUS_INVALID_OPTION for a longer record; from the engine
+ * VANTREL_STATUS_DUPLICATE_KEY_VALUE where an index without duplicates has the key already and
+ * VANTREL_STATUS_DATA_LENGTH_ERROR where the file's records have another length. The index that next and
+ * previous follow stays; the new record's key takes the place of the key found last. */
+VANTREL_API VantrelStatus VantrelFileRecordCreate(VantrelFile *file, void *record, uint32_t recordLength);
+
+/* Reads the record that a key leads to.
+ *
+ * comparison is VANTREL_COMPARISON_EQUAL, _GREATER, _LESS, _GREATER_OR_EQUAL or _LESS_OR_EQUAL; index is an
+ * index of the file, handed to the engine unchecked. key holds the value looked for and receives the value
+ * found: keyLength bytes (0 or more), of which the first 1024 take part. record receives at most recordSize
+ * bytes (0 to 65535); with a null record, the size 0 and no lock mode, the key alone is read.
+ *
+ * Returns the number of bytes in the record (0 where the key alone was read), or -1. Keeps in the file 0;
+ * VANTREL_STATUS_DATA_LENGTH_ERROR where the record was cut to the size, which is no failure: its number of
+ * bytes is returned; VANTREL_STATUS_KEY_VALUE_NOT_FOUND or VANTREL_STATUS_END_OF_FILE where there is no such
+ * key; VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null key; VANTREL_STATUS_INVALID_OPTION for another
+ * comparison, size, key length or lock mode, or for a lock on a key alone. A null file gives -1. */
+VANTREL_API int32_t VantrelFileRecordRetrieve(VantrelFile *file, VantrelComparison comparison,
+                                              VantrelIndex index, void *key, int32_t keyLength, void *record,
+                                              int32_t recordSize, VantrelLockMode lockMode);
+
+/* Replaces the current record by recordLength bytes (0 to 65535); the place of next and previous stays.
+ *
+ * Returns and keeps in the file VANTREL_STATUS_INVALID_OPTION for a longer record; from the engine
+ * VANTREL_STATUS_POSITION_NOT_SET without a current record, VANTREL_STATUS_CONFLICT where another session
+ * changed the record since it was read, and the statuses of an insert. */
+VANTREL_API VantrelStatus VantrelFileRecordUpdate(VantrelFile *file, const void *record,
+                                                  uint32_t recordLength);
+
+/* Deletes the current record. Returns and keeps the engine's status in the file, such as
+ * VANTREL_STATUS_POSITION_NOT_SET without a current record. */
+VANTREL_API VantrelStatus VantrelFileRecordDelete(VantrelFile *file);
+
+/* Read a key without its record and without a lock: the one that a key leads to, as
+ * VantrelFileRecordRetrieve finds it; the first or last of an index; the next or previous of the index used
+ * last.
+ *
+ * key receives the value, keyLength bytes (0 or more) of which the first 1024 take part. It is read as well:
+ * for next and previous it must still hold the value that the call before gave.
+ *
+ * Return and keep in the file VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null key;
+ * VANTREL_STATUS_INVALID_OPTION for a negative length, and for a comparison that VantrelFileRecordRetrieve
+ * does not know, where the value returned is -1; from the engine VANTREL_STATUS_KEY_VALUE_NOT_FOUND or
+ * VANTREL_STATUS_END_OF_FILE where there is no such key. */
+VANTREL_API VantrelStatus VantrelFileKeyRetrieve(VantrelFile *file, VantrelComparison comparison,
+                                                 VantrelIndex index, void *key, int32_t keyLength);
+VANTREL_API VantrelStatus VantrelFileKeyRetrieveFirst(VantrelFile *file, VantrelIndex index, void *key,
+                                                      int32_t keyLength);
+VANTREL_API VantrelStatus VantrelFileKeyRetrieveLast(VantrelFile *file, VantrelIndex index, void *key,
+                                                     int32_t keyLength);
+VANTREL_API VantrelStatus VantrelFileKeyRetrieveNext(VantrelFile *file, void *key, int32_t keyLength);
+VANTREL_API VantrelStatus VantrelFileKeyRetrievePrevious(VantrelFile *file, void *key, int32_t keyLength);
 
 /* NAVIGATION AND CURSOR POSITIONS
  *
- * @@navigation */
+ * These functions step through an index or the physical order, and go straight back to a record whose cursor
+ * position was asked for earlier. */
+
+/* Read the first or last record of an index, or of the physical order for VANTREL_INDEX_NONE; other indexes
+ * are handed to the engine unchecked. Next and previous then follow the same order.
+ *
+ * key may be null; otherwise it is read and receives the record's key, keyLength bytes (0 or more) of which
+ * the first 1024 take part. record receives at most recordSize bytes (0 to 65535); with a null record, the
+ * size 0 and no lock mode, the key alone is read.
+ *
+ * Return the number of bytes in the record, or -1. Keep in the file 0; VANTREL_STATUS_DATA_LENGTH_ERROR
+ * where the record was cut to the size, which is no failure; VANTREL_STATUS_END_OF_FILE in an empty order;
+ * VANTREL_STATUS_INVALID_OPTION for a size, key length or lock mode out of range or a lock on a key alone. A
+ * null file gives -1. */
+VANTREL_API int32_t VantrelFileRecordRetrieveFirst(VantrelFile *file, VantrelIndex index, void *key,
+                                                   int32_t keyLength, void *record, int32_t recordSize,
+                                                   VantrelLockMode lockMode);
+VANTREL_API int32_t VantrelFileRecordRetrieveLast(VantrelFile *file, VantrelIndex index, void *key,
+                                                  int32_t keyLength, void *record, int32_t recordSize,
+                                                  VantrelLockMode lockMode);
+
+/* Read the next or previous record in the order used last, with arguments and results as above;
+ * VANTREL_STATUS_END_OF_FILE past either end. With a null key they go on from the key found last; a key
+ * given must still hold the value that the call before gave. */
+VANTREL_API int32_t VantrelFileRecordRetrieveNext(VantrelFile *file, void *key, int32_t keyLength,
+                                                  void *record, int32_t recordSize, VantrelLockMode lockMode);
+VANTREL_API int32_t VantrelFileRecordRetrievePrevious(VantrelFile *file, void *key, int32_t keyLength,
+                                                      void *record, int32_t recordSize,
+                                                      VantrelLockMode lockMode);
+
+/* The cursor position of the current record, or -1 with the engine's status kept in the file
+ * (VANTREL_STATUS_POSITION_NOT_SET without a current record). A null file gives -1. */
+VANTREL_API VantrelCursorPosition VantrelFileGetCursorPosition(VantrelFile *file);
+
+/* Reads the record at a cursor position, and goes on from it in the order of an index, or in the physical
+ * order for VANTREL_INDEX_NONE.
+ *
+ * index is -1 to 118, 124 or 125. key may be null; otherwise it receives the record's key of that index,
+ * keyLength bytes (0 or more) of which the first 1024 take part. record receives at most recordSize bytes (0
+ * to 65535) and may be null only for the size 0. There is no form that reads the key alone: the lock is
+ * taken with any size.
+ *
+ * Returns the number of bytes in the record, or -1. Keeps in the file 0; VANTREL_STATUS_DATA_LENGTH_ERROR
+ * where the record was cut to the size, which is no failure; VANTREL_STATUS_INVALID_RECORD_ADDRESS where
+ * there is no record; VANTREL_STATUS_INVALID_OPTION for an index, size, key length or lock mode out of
+ * range; VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null record of another size than 0. A null file
+ * gives -1. */
+VANTREL_API int32_t VantrelFileRecordRetrieveByCursorPosition(VantrelFile *file, VantrelIndex index,
+                                                              VantrelCursorPosition cursorPosition, void *key,
+                                                              int32_t keyLength, void *record,
+                                                              int32_t recordSize, VantrelLockMode lockMode);
 
 /* CHUNKS
  *
