@@ -1121,7 +1121,42 @@ VANTREL_API int32_t VantrelFileRecordRetrieveByCursorPosition(VantrelFile *file,
 
 /* PERCENTAGE, FRACTION AND RECORD TIMES
  *
- * @@percentage */
+ * A record's place in an index, or in the physical order, as a part of the whole: in hundredths of a
+ * percent, 0 to 10000, or as a numerator over a denominator of the caller's. The engine computes and checks
+ * them. */
+
+/* Tell how far into an index, or into the physical order for VANTREL_INDEX_NONE, the record at a cursor
+ * position lies.
+ *
+ * index is -1 to 118, 124 or 125, and becomes the order that next and previous follow. key holds the record's
+ * key in that index, which the engine needs to find its place, and is filled again: keyLength bytes, of which
+ * the first 1024 take part. Null stands for the key found last.
+ *
+ * Return the percentage or numerator, or -1. Keep in the file VANTREL_STATUS_INVALID_OPTION for an index out
+ * of range, otherwise the engine's status: VANTREL_STATUS_INVALID_RECORD_ADDRESS where there is no record,
+ * VANTREL_STATUS_OPERATION_NOT_ALLOWED for the denominator 0. A null file gives -1. */
+VANTREL_API int32_t VantrelFileGetPercentage(VantrelFile *file, VantrelIndex index, void *key,
+                                             uint32_t keyLength, VantrelCursorPosition cursorPosition);
+VANTREL_API int32_t VantrelFileGetNumerator(VantrelFile *file, VantrelIndex index, void *key,
+                                            uint32_t keyLength, VantrelCursorPosition cursorPosition,
+                                            uint32_t denominator);
+
+/* Read the record that lies that far into an index or the physical order. All else is as with
+ * VantrelFileRecordRetrieveByCursorPosition. */
+VANTREL_API int32_t VantrelFileRecordRetrieveByPercentage(VantrelFile *file, VantrelIndex index,
+                                                          uint32_t percentage, void *key, int32_t keyLength,
+                                                          void *record, int32_t recordSize,
+                                                          VantrelLockMode lockMode);
+VANTREL_API int32_t VantrelFileRecordRetrieveByFraction(VantrelFile *file, VantrelIndex index,
+                                                        uint32_t numerator, uint32_t denominator, void *key,
+                                                        int32_t keyLength, void *record, int32_t recordSize,
+                                                        VantrelLockMode lockMode);
+
+/* When the current record was created or last updated, or -1 with the engine's status kept in the file
+ * (VANTREL_STATUS_POSITION_NOT_SET without a current record). -1 can be a time too; the status kept tells. A
+ * null file gives -1. */
+VANTREL_API VantrelTimestamp VantrelFileGetRecordCreateTime(VantrelFile *file);
+VANTREL_API VantrelTimestamp VantrelFileGetRecordUpdateTime(VantrelFile *file);
 
 /* UNLOCK AND OWNER
  *
