@@ -1117,7 +1117,43 @@ VANTREL_API int32_t VantrelFileRecordRetrieveByCursorPosition(VantrelFile *file,
 
 /* CHUNKS
  *
- * @@chunks */
+ * Chunks are byte ranges of the current record: they are read and changed without moving the whole record,
+ * which may be far longer than 65535 bytes. An offset counts from the start of the record; -1 continues
+ * where the last chunk operation on the record ended. Ranges above 257024 bytes are moved in pieces of that
+ * size, one request each. */
+
+/* Reads a range of the current record: length bytes, but no more than bufferSize, into the buffer; fewer
+ * where the record ends before.
+ *
+ * Returns the number of bytes read, or -1. Only the status kept in the file tells whether the engine failed:
+ * 0 for success; VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG past the end of the record; without a current record
+ * -1 with VANTREL_STATUS_POSITION_NOT_SET. VANTREL_STATUS_INVALID_OPTION, with -1, is kept for an offset
+ * below -1, a negative length or size and an unknown lock mode. Where a piece of a long range comes up
+ * short, the number of bytes in that piece alone is returned, unless it is the last. A null file gives
+ * -1. */
+VANTREL_API int32_t VantrelFileRecordRetrieveChunk(VantrelFile *file, int32_t offset, int32_t length,
+                                                   void *buffer, int32_t bufferSize,
+                                                   VantrelLockMode lockMode);
+
+/* Change the current record: overwrite length bytes at the offset, insert that many before it, delete that
+ * many from it, or append that many to the end of the record. data holds length bytes and is handed to the
+ * engine unchecked.
+ *
+ * Return and keep in the file VANTREL_STATUS_INVALID_OPTION for an offset below -1 or a negative length;
+ * from the engine VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG past the end of the record,
+ * VANTREL_STATUS_CHUNK_OFFSET_TOO_SMALL for inserting or deleting in its fixed part and
+ * VANTREL_STATUS_CHUNK_INCOMPATIBLE_FILE where records have a fixed length. A long range that fails ends
+ * there: the pieces before have been changed. */
+VANTREL_API VantrelStatus VantrelFileRecordUpdateChunk(VantrelFile *file, int32_t offset, const void *data,
+                                                       int32_t length);
+VANTREL_API VantrelStatus VantrelFileRecordInsertChunk(VantrelFile *file, int32_t offset, const void *data,
+                                                       int32_t length);
+VANTREL_API VantrelStatus VantrelFileRecordDeleteChunk(VantrelFile *file, int32_t offset, int32_t length);
+VANTREL_API VantrelStatus VantrelFileRecordAppendChunk(VantrelFile *file, const void *data, int32_t length);
+
+/* Cuts the current record off at the offset, which is handed to the engine unchecked. Returns and keeps the
+ * engine's status in the file, as the functions above do. */
+VANTREL_API VantrelStatus VantrelFileRecordTruncate(VantrelFile *file, int32_t offset);
 
 /* PERCENTAGE, FRACTION AND RECORD TIMES
  *
