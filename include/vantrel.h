@@ -1196,7 +1196,27 @@ VANTREL_API VantrelTimestamp VantrelFileGetRecordUpdateTime(VantrelFile *file);
 
 /* UNLOCK AND OWNER
  *
- * @@locks */
+ * Reads take locks on records as their lock mode says; these functions release them. An owner name keeps
+ * those who do not know it out of a file. */
+
+/* Releases the file handle's single lock or all its multiple locks. Returns and keeps in the file
+ * VANTREL_STATUS_INVALID_OPTION for another mode, otherwise the engine's status. */
+VANTREL_API VantrelStatus VantrelFileRecordUnlock(VantrelFile *file, VantrelUnlockMode unlockMode);
+
+/* Releases the multiple lock on the record at the cursor position. Returns and keeps the engine's status in
+ * the file. */
+VANTREL_API VantrelStatus VantrelFileUnlockCursorPosition(VantrelFile *file,
+                                                          VantrelCursorPosition cursorPosition);
+
+/* Gives the file an owner name, or takes it away with VANTREL_OWNER_MODE_NONE, which ignores the other
+ * arguments. The name is given twice, zero-terminated: 1 to 8 characters, or 1 to 24 with a true isLongName.
+ *
+ * Returns and keeps in the file VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null name;
+ * VANTREL_STATUS_INVALID_OPTION for an unknown mode; from the engine VANTREL_STATUS_OWNER_ALREADY_SET, or
+ * VANTREL_STATUS_INVALID_OWNER where the two names differ or are too long. */
+VANTREL_API VantrelStatus VantrelFileSetOwner(VantrelFile *file, VantrelOwnerMode ownerMode,
+                                              const char *ownerName, const char *ownerNameAgain,
+                                              int32_t isLongName);
 
 /* FILTER
  *
