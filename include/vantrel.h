@@ -1523,12 +1523,125 @@ VANTREL_API VantrelStatus VantrelFileBulkCreate(VantrelFile *file, const Vantrel
 
 /* FILE INFORMATION
  *
- * @@information */
+ * A file information record keeps what the engine reports of an open file: its definition, counts, use,
+ * locks, referential integrity, security and segments. VantrelFileGetInformation fills it, getters read it
+ * without asking the engine again, and VantrelClientFileCreateUsingFileInformation creates a like file from
+ * it. */
+
+/* Allocates a record that reports zeros. Returns VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null out
+ * pointer; VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE, the out pointer then null. */
+VANTREL_API VantrelStatus VantrelFileInformationAllocate(VantrelFileInformation **information);
+
+/* Frees the record; null is harmless. Returns 0. */
+VANTREL_API VantrelStatus VantrelFileInformationFree(VantrelFileInformation *information);
+
+/* The status of the last getter called on the record, which stays; VANTREL_STATUS_INVALID_POINTER_PARAMETER
+ * for null. */
+VANTREL_API VantrelStatus VantrelFileInformationGetLastStatusCode(const VantrelFileInformation *information);
+
+/* Asks the engine for everything it knows of the file, in nine requests, and keeps the replies in the record,
+ * in the place of earlier ones. The first request that fails ends the series: the record then keeps what it
+ * held before in the places not reached.
+ *
+ * Returns VANTREL_STATUS_FILE_NOT_OPEN for a null file; VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null
+ * record or a file that is not open; otherwise the status of the last request made. Kept in the file, never
+ * in the record. */
+VANTREL_API VantrelStatus VantrelFileGetInformation(VantrelFile *file, VantrelFileInformation *information);
+
+/* Copies the description of a key segment into a key segment record, whose last status stays. Segments are
+ * counted from 1 over all indexes, in the order of the indexes; the record then knows its index and the
+ * number of unique values too.
+ *
+ * Returns VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null handle or key segment;
+ * VANTREL_STATUS_INVALID_OPTION where there is no such segment. Kept in the file information. */
+VANTREL_API VantrelStatus VantrelFileInformationGetKeySegment(VantrelFileInformation *information,
+                                                              VantrelKeySegment *segment,
+                                                              int32_t segmentNumber);
+
+/* All further getters read one property. They return -1 for null, those of enumerations and indexes -7, where
+ * nothing else is stated; otherwise they clear the last status. An enumeration whose stored value has no
+ * meaning gives -7 and VANTREL_STATUS_INVALID_OPTION as last status. Flags are 0 or 1. 32-bit numbers are
+ * unsigned where nothing else is stated: from 2147483648 up they show as negative and are to be cast to
+ * uint32_t. */
+
+/* The definition of the file: record length in bytes (0 to 65535) and the options it was created with. The
+ * page size is never VANTREL_PAGE_SIZE_DEFAULT. */
+VANTREL_API int32_t VantrelFileInformationGetFixedRecordLength(VantrelFileInformation *information);
+VANTREL_API VantrelPageSize VantrelFileInformationGetPageSize(VantrelFileInformation *information);
+VANTREL_API VantrelFileVersion VantrelFileInformationGetFileVersion(VantrelFileInformation *information);
+VANTREL_API VantrelVariableLengthRecordsMode
+VantrelFileInformationGetVariableLengthRecordsMode(VantrelFileInformation *information);
+VANTREL_API VantrelRecordCompressionMode
+VantrelFileInformationGetRecordCompressionMode(VantrelFileInformation *information);
+VANTREL_API VantrelFreeSpaceThreshold
+VantrelFileInformationGetFreeSpaceThreshold(VantrelFileInformation *information);
+VANTREL_API VantrelSystemDataMode
+VantrelFileInformationGetSystemDataMode(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetPageCompression(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetPagePreallocation(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetBalancedIndexes(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetKeyOnly(VantrelFileInformation *information);
+
+/* The number of indexes, system indexes left out (signed, 16 bits), and of records (signed, 64 bits). */
+VANTREL_API int32_t VantrelFileInformationGetIndexCount(VantrelFileInformation *information);
+VANTREL_API int64_t VantrelFileInformationGetRecordCount(VantrelFileInformation *information);
+
+/* Reserved space not used yet: duplicate pointers (0 to 255) and pages (0 to 65535). */
+VANTREL_API int32_t VantrelFileInformationGetUnusedDuplicatePointerCount(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetUnusedPageCount(VantrelFileInformation *information);
+
+/* Whether the file is divided into several files of the operating system. */
+VANTREL_API int32_t VantrelFileInformationGetSegmented(VantrelFileInformation *information);
+
+/* The engine's codes for the system data and the system index (0 to 255 each), and the size and version of
+ * the system index (0 to 65535 each). */
+VANTREL_API int32_t VantrelFileInformationGetSystemData(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSystemIndex(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSystemIndexSize(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSystemIndexVersion(VantrelFileInformation *information);
+
+/* Whether changes to the file can be logged, and the index that the log identifies records by (0 to 255). */
+VANTREL_API int32_t VantrelFileInformationGetLoggable(VantrelFileInformation *information);
+VANTREL_API VantrelIndex VantrelFileInformationGetLogIndex(VantrelFileInformation *information);
+
+/* The record that stood in the way of the last insert or update that gave VANTREL_STATUS_DUPLICATE_KEY_VALUE,
+ * and the index (0 to 65535) in which it did. */
+VANTREL_API VantrelCursorPosition
+VantrelFileInformationGetDuplicateRecordConflictCursorPosition(VantrelFileInformation *information);
+VANTREL_API VantrelIndex
+VantrelFileInformationGetDuplicateRecordConflictIndex(VantrelFileInformation *information);
+
+/* The use of the file by all sessions: the engine's identifier of the file, the number of open handles, the
+ * time of opening and the number of uses, as the engine counts them. */
+VANTREL_API int32_t VantrelFileInformationGetIdentifier(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetHandleCount(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetOpenTimestamp(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetUsageCount(VantrelFileInformation *information);
+
+/* Flags of the use: explicit locks are held, client transactions are active, the file is open for reading
+ * only, it is in continuous operation, referential integrity constraints apply, the owner name given was
+ * wrong. */
+VANTREL_API int32_t VantrelFileInformationGetExplicitLocks(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetClientTransactions(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetReadOnly(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetContinuousOperation(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetReferentialIntegrityConstraints(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetWrongOwner(VantrelFileInformation *information);
 
 /* FILE INFORMATION: OWNERS, LOCKS, INTEGRITY,
  * SEGMENTS AND SECURITY
  *
- * @@information-security */
+ * These getters read a file information record under the same rules. Those of texts write into a buffer of
+ * the caller, whose size is given in bytes, and return a status that the record keeps:
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null handle (not kept) or a null buffer,
+ * VANTREL_STATUS_INVALID_OPTION for a buffer that is too small, negative sizes included; a refused buffer is
+ * not written to. */
+
+/* What the owner name protects, and how the file is encrypted. */
+VANTREL_API VantrelOwnerMode VantrelFileInformationGetOwnerMode(VantrelFileInformation *information);
+VANTREL_API VantrelEncryptionType
+VantrelFileInformationGetEncryptionType(VantrelFileInformation *information);
 
 /* TEXTS AND TIMESTAMPS
  *
