@@ -1643,6 +1643,151 @@ VANTREL_API VantrelOwnerMode VantrelFileInformationGetOwnerMode(VantrelFileInfor
 VANTREL_API VantrelEncryptionType
 VantrelFileInformationGetEncryptionType(VantrelFileInformation *information);
 
+/* The version of the gateway through which the file is reached, and its platform (0 to 65535 each). */
+VANTREL_API int32_t VantrelFileInformationGetGatewayMajorVersion(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetGatewayMinorVersion(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetGatewayPatchLevel(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetGatewayPlatform(VantrelFileInformation *information);
+
+/* The name of the gateway: fills 64 bytes, of which at most 63 are text, and needs a buffer of 64. */
+VANTREL_API VantrelStatus VantrelFileInformationGetGatewayName(VantrelFileInformation *information,
+                                                               char *buffer, int32_t size);
+
+/* The lock owner is the session whose lock on a record, a page or the file kept this session out last. */
+
+/* The owner's identifiers, 0 to 65535; for null VANTREL_STATUS_INVALID_POINTER_PARAMETER, which is a possible
+ * identifier too. */
+VANTREL_API int32_t
+VantrelFileInformationGetLockOwnerServiceAgentIdentifier(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetLockOwnerClientIdentifier(VantrelFileInformation *information);
+
+/* The owner's name: fills 64 bytes, of which at most 63 are text, and needs a buffer of 64. */
+VANTREL_API VantrelStatus VantrelFileInformationGetLockOwnerName(VantrelFileInformation *information,
+                                                                 char *buffer, int32_t size);
+
+/* Flags of the lock: it is implicit, as a transaction takes it; it covers the whole file; it covers a record;
+ * the owner is a session of the calling process; the owner writes without waiting; it holds what it wrote. */
+VANTREL_API int32_t VantrelFileInformationGetLockOwnerImplicitLock(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetLockOwnerFileLock(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetLockOwnerRecordLock(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetLockOwnerSameProcess(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetLockOwnerWriteNoWait(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetLockOwnerWriteHold(VantrelFileInformation *information);
+
+/* The mode of an explicit lock; VANTREL_LOCK_MODE_NONE where none is held. */
+VANTREL_API VantrelLockMode
+VantrelFileInformationGetLockOwnerExplicitLockMode(VantrelFileInformation *information);
+
+/* The type of the page locked, the first of data, index and variable page that applies;
+ * VANTREL_PAGE_LOCK_TYPE_NONE where no page is. */
+VANTREL_API VantrelPageLockType
+VantrelFileInformationGetLockOwnerPageLockType(VantrelFileInformation *information);
+
+/* The owner's time in its transaction in the engine's unit, the index it works on (signed, 32 bits), and the
+ * nesting level of its transaction. */
+VANTREL_API int32_t VantrelFileInformationGetLockOwnerTimeInTransaction(VantrelFileInformation *information);
+VANTREL_API VantrelIndex VantrelFileInformationGetLockOwnerIndex(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetLockOwnerTransactionLevel(VantrelFileInformation *information);
+
+/* The last violation of referential integrity: the operation code of the request and the record concerned. */
+VANTREL_API int32_t
+VantrelFileInformationGetReferentialIntegrityOperationCode(VantrelFileInformation *information);
+VANTREL_API VantrelCursorPosition
+VantrelFileInformationGetReferentialIntegrityCursorPosition(VantrelFileInformation *information);
+
+/* The file concerned: fills 255 bytes, of which at most 254 are text, and needs a buffer of 255. */
+VANTREL_API VantrelStatus VantrelFileInformationGetReferentialIntegrityFileName(
+    VantrelFileInformation *information, char *buffer, int32_t size);
+
+/* The number of segments beside the first: 0 for a file in one piece. */
+VANTREL_API int32_t VantrelFileInformationGetSegmentCount(VantrelFileInformation *information);
+
+/* The name of the operating system's file that holds a segment, counted from 1, with its terminator. The
+ * buffer needs the length of both; what lies behind them stays. VANTREL_STATUS_INVALID_OPTION also where
+ * there is no such segment. */
+VANTREL_API VantrelStatus VantrelFileInformationGetSegmentFileName(VantrelFileInformation *information,
+                                                                   int32_t segmentNumber, char *buffer,
+                                                                   int32_t size);
+
+/* Flags of the security under which the file handle was opened: how the session came to it (trusted,
+ * implicit, explicit), who checks identity and rights, and the means used. */
+VANTREL_API int32_t VantrelFileInformationGetSecurityHandleTrusted(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityHandleImplicit(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityHandleExplicit(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityHandleAuthenticationByDatabase(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityHandleAuthorizationByDatabase(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityHandleWindowsNamedPipe(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityHandleWorkgroup(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityHandleVnpasswd(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityHandlePAM(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityHandleRTSSComplete(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityHandleRTSSPreauthorized(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityHandleRTSSDisabled(VantrelFileInformation *information);
+
+/* The same flags for the session's current database. */
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseTrusted(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseImplicit(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseExplicit(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseAuthenticationByDatabase(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseAuthorizationByDatabase(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseWindowsNamedPipe(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseWorkgroup(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseVnpasswd(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityCurrentDatabasePAM(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseRTSSComplete(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseRTSSPreauthorized(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityCurrentDatabaseRTSSDisabled(VantrelFileInformation *information);
+
+/* What the session may do with the file. NoRights is 1 where the engine reports no right at all, not even one
+ * that has no getter here; Read is the same as Open. */
+VANTREL_API int32_t VantrelFileInformationGetSecurityPermissionNoRights(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityPermissionOpen(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityPermissionRead(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityPermissionCreateRecord(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityPermissionUpdate(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityPermissionCreateFile(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityPermissionDelete(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityPermissionExecute(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityPermissionAlter(VantrelFileInformation *information);
+VANTREL_API int32_t VantrelFileInformationGetSecurityPermissionRefer(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityPermissionCreateView(VantrelFileInformation *information);
+VANTREL_API int32_t
+VantrelFileInformationGetSecurityPermissionCreateStoredProcedure(VantrelFileInformation *information);
+
+/* Database, table and user of the file handle, and the session's current database and user. The buffer needs
+ * the length of the name, a terminator not counted. Only the last byte of the buffer is set to zero: bytes
+ * between the name and it stay, so that a buffer larger than the name is cleared beforehand, and a buffer
+ * just as large as the name loses the name's last byte. VANTREL_STATUS_INVALID_OPTION also where the name
+ * does not lie within the engine's reply. */
+VANTREL_API VantrelStatus VantrelFileInformationGetSecurityHandleDatabaseName(
+    VantrelFileInformation *information, char *buffer, int32_t size);
+VANTREL_API VantrelStatus VantrelFileInformationGetSecurityHandleTableName(
+    VantrelFileInformation *information, char *buffer, int32_t size);
+VANTREL_API VantrelStatus VantrelFileInformationGetSecurityHandleUserName(VantrelFileInformation *information,
+                                                                          char *buffer, int32_t size);
+VANTREL_API VantrelStatus VantrelFileInformationGetSecurityCurrentDatabaseName(
+    VantrelFileInformation *information, char *buffer, int32_t size);
+VANTREL_API VantrelStatus VantrelFileInformationGetSecurityCurrentUserName(
+    VantrelFileInformation *information, char *buffer, int32_t size);
+
 /* TEXTS AND TIMESTAMPS
  *
  * English texts for display. Each function takes any number and never gives null; numbers without a meaning

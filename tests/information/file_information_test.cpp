@@ -63,6 +63,8 @@ TEST_F(FileInformationTest, NeverFilledReportsDefaults) {
     EXPECT_EQ(VantrelFileInformationGetFileVersion(information), 6);
     EXPECT_EQ(VantrelFileInformationGetFreeSpaceThreshold(information), 3);
     EXPECT_EQ(VantrelFileInformationGetSystemDataMode(information), 2);
+    EXPECT_EQ(VantrelFileInformationGetSegmentCount(information), 0);
+    EXPECT_EQ(VantrelFileInformationGetSecurityPermissionNoRights(information), 1);
     EXPECT_EQ(VantrelFileInformationGetLastStatusCode(information), 0);
 }
 
