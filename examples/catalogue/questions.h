@@ -1,0 +1,15 @@
+#ifndef CATALOGUE_QUESTIONS_H
+#define CATALOGUE_QUESTIONS_H
+
+#include "store.h"
+
+/* Asks the file what it knows and prints the answers. */
+bool askQuestions(Store *store);
+
+/* Changes a few records, shows what each change does and takes it back. */
+bool showChanges(Store *store);
+
+/* Prints what the engine reports of the file. */
+bool showStatistics(Store *store);
+
+#endif

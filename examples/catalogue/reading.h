@@ -1,0 +1,45 @@
+#ifndef CATALOGUE_READING_H
+#define CATALOGUE_READING_H
+
+#include "store.h"
+
+/* The key of the index on name and version. */
+typedef struct {
+    char name[sizeof(((PackageFields *)NULL)->name)];
+    char version[sizeof(((PackageFields *)NULL)->version)];
+} NameKey;
+
+NameKey nameKey(const char *name, const char *version);
+
+/* The record that the functions below read last, and its length. */
+extern PackageRecord lastRecord;
+extern int32_t lastLength;
+
+/* Whether a read found a record; false with lastLength 0 where there is none, and with lastLength -1, after a
+ * complaint, where it failed. */
+bool readByKey(Store *store, VantrelComparison comparison, VantrelIndex index, void *key, size_t keyLength);
+bool readFirst(Store *store, VantrelIndex index);
+bool readLast(Store *store, VantrelIndex index);
+bool readNext(Store *store);
+bool readAt(Store *store, VantrelIndex index, VantrelCursorPosition position);
+
+/* The first record whose name is not before the given one; the first of all where that is none. */
+bool readFromName(Store *store, const char *name);
+
+/* The first record of a section. */
+bool readSection(Store *store, const char *section);
+
+/* Whether the last read found a record or none, and did not fail. */
+bool readingWorks(void);
+
+/* A few packages to be printed. */
+enum { TABLE_SIZE = 21 };
+typedef struct {
+    PackageFields rows[TABLE_SIZE];
+    size_t count;
+} Table;
+
+void addRow(Table *table);
+void printTable(const Table *table);
+
+#endif
