@@ -23,6 +23,13 @@ void storeText(char *field, size_t size, const char *text) {
     memset(field + length, 0, size - length);
 }
 
+NameKey nameKey(const char *name, const char *version) {
+    NameKey key;
+    storeText(key.name, sizeof key.name, name);
+    storeText(key.version, sizeof key.version, version);
+    return key;
+}
+
 static bool complainOfEntry(const Entry *entry, const char *damage, const char *field) {
     complain("%s: entry %zu (line %zu): %s%s", entry->path, entry->number, entry->line, damage, field);
     return false;

@@ -33,6 +33,14 @@ typedef struct {
 
 static_assert(sizeof(PackageRecord) == LONGEST_RECORD, "the text follows the fields");
 
+/* The key of the index on name and version. */
+typedef struct {
+    char name[sizeof(((PackageFields *)NULL)->name)];
+    char version[sizeof(((PackageFields *)NULL)->version)];
+} NameKey;
+
+NameKey nameKey(const char *name, const char *version);
+
 /* Takes the fields out of an entry's text. Complains of a damaged entry and returns false. */
 bool parsePackage(PackageFields *fields, const Entry *entry);
 

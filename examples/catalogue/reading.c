@@ -1,17 +1,9 @@
 #include "reading.h"
 
 #include <stdio.h>
-#include <string.h>
 
 PackageRecord lastRecord;
 int32_t lastLength;
-
-NameKey nameKey(const char *name, const char *version) {
-    NameKey key;
-    storeText(key.name, sizeof key.name, name);
-    storeText(key.version, sizeof key.version, version);
-    return key;
-}
 
 /* Keeps what a read gave. A record that was cut is one that was found. */
 static bool keep(Store *store, int32_t length) {

@@ -3,14 +3,6 @@
 
 #include "store.h"
 
-/* The key of the index on name and version. */
-typedef struct {
-    char name[sizeof(((PackageFields *)NULL)->name)];
-    char version[sizeof(((PackageFields *)NULL)->version)];
-} NameKey;
-
-NameKey nameKey(const char *name, const char *version);
-
 /* The record that the functions below read last, and its length. */
 extern PackageRecord lastRecord;
 extern int32_t lastLength;
