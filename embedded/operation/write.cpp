@@ -24,7 +24,9 @@ int32_t insertRecord(Session &session, Request &request) {
     auto [address, version] = change.apply();
     scope.commit();
 
-    memcpy(request.data, record.data(), record.size());
+    // The caller's bytes may be constant: they are written only where a field was filled in.
+    if (!record.empty() && memcmp(request.data, record.data(), record.size()) != 0)
+        memcpy(request.data, record.data(), record.size());
     position.setCurrent(address, version);
     if (index != nullptr) {
         if (const Bytes *key = change.newKey(index->number))

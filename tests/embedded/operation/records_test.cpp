@@ -142,6 +142,14 @@ TEST_F(RecordsTest, AutoincrementWritesTheCallersBuffer) {
     EXPECT_EQ(length, 0u);
 }
 
+TEST_F(RecordsTest, ConstantBytesAreInsertedWithoutWritingThem) {
+    open(4, 0, {{{0, 4}}});
+    static const char record[] = "abcd";
+    uint32_t length = 4;
+    uint8_t client[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+    EXPECT_EQ(VNTLEXID(2, block.data(), const_cast<char *>(record), &length, nullptr, 0, -1, client), 0);
+}
+
 TEST_F(RecordsTest, TimestampsAreFilledAndDistinct) {
     open(9, 0, {{{0, 8, extendedType, 32}}});
     for (char name : {'a', 'b', 'c'})
