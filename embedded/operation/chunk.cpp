@@ -175,7 +175,7 @@ int32_t changeChunk(Session &session, Request &request) {
     auto [address, version] = change.apply();
     scope.commit();
 
-    file.recordChanged(address, version, session.insideTransaction());
+    file.recordChanged(address, old.updateTime, version, session.insideTransaction());
     settleLocks(session, position, address);
     rememberEnd(position, address, edit.offset + edit.inserted.size());
     return VANTREL_STATUS_NO_ERROR;

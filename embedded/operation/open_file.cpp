@@ -109,37 +109,55 @@ void OpenFile::unlockTransaction() {
     }
 }
 
-void OpenFile::recordChanged(int64_t address, uint64_t version, bool insideTransaction) {
+void OpenFile::recordInserted(int64_t address, bool insideTransaction) {
+    if (insideTransaction)
+        versionsBefore_.emplace(address, std::nullopt);
+}
+
+void OpenFile::recordChanged(int64_t address, uint64_t before, uint64_t after, bool insideTransaction) {
+    if (insideTransaction)
+        versionsBefore_.emplace(address, before);
     for (Position *position : positions_) {
-        if (!position->isOn(address))
-            continue;
-        if (insideTransaction && !position->versionBeforeTransaction)
-            position->versionBeforeTransaction = position->version;
-        position->version = version;
+        if (position->isOn(address) && position->version == before)
+            position->version = after;
     }
 }
 
-void OpenFile::recordDeleted(int64_t address) {
+void OpenFile::recordDeleted(Position &deleter, int64_t address, uint64_t before, bool insideTransaction) {
+    if (insideTransaction)
+        versionsBefore_.emplace(address, before);
     for (Position *position : positions_) {
-        if (position->isOn(address))
-            position->clearCurrent();
+        if (!position->isOn(address) || position->version != before)
+            continue;
+        position->clearCurrent();
+        if (insideTransaction && position != &deleter)
+            position->versionBeforeDeletion = before;
     }
 }
 
 void OpenFile::changesTakenBack() {
     for (Position *position : positions_) {
-        if (position->versionBeforeTransaction)
-            position->version = position->versionBeforeTransaction;
-        position->versionBeforeTransaction.reset();
-        StoredRecord record;
-        if (position->version && !storage_->readRecord(*position->physical, &record))
+        if (position->versionBeforeDeletion)
+            position->version = position->versionBeforeDeletion;
+        position->versionBeforeDeletion.reset();
+        if (!position->version)
+            continue;
+        auto changed = versionsBefore_.find(*position->physical);
+        if (changed == versionsBefore_.end())
+            continue;
+        std::optional<uint64_t> before = changed->second;
+        if (!before)
             position->clearCurrent();
+        else if (*position->version > *before)
+            position->version = before;
     }
+    versionsBefore_.clear();
 }
 
 void OpenFile::changesKept() {
     for (Position *position : positions_)
-        position->versionBeforeTransaction.reset();
+        position->versionBeforeDeletion.reset();
+    versionsBefore_.clear();
 }
 
 void OpenFile::housekeep(bool wasUsed) {

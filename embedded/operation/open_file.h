@@ -36,10 +36,12 @@ class OpenFile {
     void lockChanged(int64_t address);
     void unlockTransaction();
 
-    // A record was changed or deleted by this session, which is no conflict for its other positions.
-    void recordChanged(int64_t address, uint64_t version, bool insideTransaction);
-    void recordDeleted(int64_t address);
-    // The transaction's changes were taken back: what it inserted is no longer current anywhere.
+    // This session's own changes are no conflict for its positions that had read the version before.
+    void recordInserted(int64_t address, bool insideTransaction);
+    void recordChanged(int64_t address, uint64_t before, uint64_t after, bool insideTransaction);
+    void recordDeleted(Position &deleter, int64_t address, uint64_t before, bool insideTransaction);
+    // The transaction's changes were taken back: what was current before them is so again, and what they
+    // inserted is not.
     void changesTakenBack();
     void changesKept();
 
@@ -60,6 +62,8 @@ class OpenFile {
     std::set<Position *> positions_;
     std::map<int64_t, uint32_t> lockHolders_;
     std::set<int64_t> changedRecords_;
+    // Of the records that the transaction changed; none for those that it inserted.
+    std::map<int64_t, std::optional<uint64_t>> versionsBefore_;
 };
 
 }  // namespace vantrel::embedded

@@ -42,8 +42,8 @@ struct Position {
     std::optional<int64_t> physical;
     // The version in which the current record was read; none where there is no current record.
     std::optional<uint64_t> version;
-    // The version before the session's transaction changed the current record.
-    std::optional<uint64_t> versionBeforeTransaction;
+    // The version that was current until another position of the session deleted the record in a transaction.
+    std::optional<uint64_t> versionBeforeDeletion;
 
     // Where the last chunk operation ended, and in which record.
     int64_t chunkAddress = 0;
@@ -62,11 +62,11 @@ struct Position {
     void setCurrent(int64_t address, uint64_t recordVersion) {
         physical = address;
         version = recordVersion;
-        versionBeforeTransaction.reset();
+        versionBeforeDeletion.reset();
     }
     void clearCurrent() {
         version.reset();
-        versionBeforeTransaction.reset();
+        versionBeforeDeletion.reset();
     }
     void setLogical(uint8_t index, ByteView key, int64_t address);
 };

@@ -27,6 +27,7 @@ int32_t insertRecord(Session &session, Request &request) {
     // The caller's bytes may be constant: they are written only where a field was filled in.
     if (!record.empty() && memcmp(request.data, record.data(), record.size()) != 0)
         memcpy(request.data, record.data(), record.size());
+    file.recordInserted(address, session.insideTransaction());
     position.setCurrent(address, version);
     if (index != nullptr) {
         if (const Bytes *key = change.newKey(index->number))
@@ -52,7 +53,7 @@ int32_t updateRecord(Session &session, Request &request) {
     auto [address, version] = change.apply();
     scope.commit();
 
-    file.recordChanged(address, version, session.insideTransaction());
+    file.recordChanged(address, old.updateTime, version, session.insideTransaction());
     settleLocks(session, position, address);
     return VANTREL_STATUS_NO_ERROR;
 }
@@ -71,7 +72,7 @@ int32_t deleteRecord(Session &session, Request &request) {
     int64_t address = change.apply().address;
     scope.commit();
 
-    file.recordDeleted(address);
+    file.recordDeleted(position, address, old.updateTime, session.insideTransaction());
     settleLocks(session, position, address);
     return VANTREL_STATUS_NO_ERROR;
 }

@@ -85,11 +85,11 @@ std::shared_ptr<const FileDefinition> SqliteStorage::definition() {
 }
 
 void SqliteStorage::beginReading() {
+    if (!writing_ && !(reading_ && snapshotIsCurrent())) {
+        releaseSnapshot();
+        takeSnapshot();
+    }
     scansAreOpen_ = true;
-    if (writing_ || (reading_ && snapshotIsCurrent()))
-        return;
-    releaseSnapshot();
-    takeSnapshot();
 }
 
 // The header is read before the snapshot begins: a commit in between makes the comparison fail, never pass.
