@@ -53,8 +53,8 @@ void Model::noteHold(uint32_t session, bool isChange, bool isCertain) {
         owner.hold = std::max(owner.hold, isCertain ? Hold::certain : Hold::maybe);
 }
 
-// A place at a key that was sought in vain says nothing about records with just this key: they may count as
-// before it or as behind it.
+// A place at a key that was sought in vain says nothing about records that got just this key later: they may
+// count as before it or as behind it.
 bool Model::knowsWhatIsBeside(const Step &step) const {
     const Handle &handle = handles_[step.handle];
     if (handle.cachedIndex == VANTREL_INDEX_NONE || handle.cachedIndex == noIndexYet)

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <limits>
 
 #include "model.h"
 
@@ -90,7 +91,8 @@ std::optional<Address> Model::search(const Step &step, VantrelIndex index, const
     }
 }
 
-// A search that fails leaves the place at the key sought.
+// A search that fails leaves the place at the key sought: behind all its records where greater keys were
+// sought, before them where lesser ones were.
 Expected Model::readByKey(const Step &step, VantrelIndex index) {
     const IndexDefinition *definition = view(step.session()).index(index);
     if (definition == nullptr)
@@ -104,6 +106,10 @@ Expected Model::readByKey(const Step &step, VantrelIndex index) {
         return found(step, index, *address);
     Handle &handle = handles_[step.handle];
     handle.place = {key, std::nullopt};
+    if (step.comparison == VANTREL_COMPARISON_GREATER)
+        handle.place->address = std::numeric_limits<Address>::max();
+    if (step.comparison == VANTREL_COMPARISON_LESS)
+        handle.place->address = 0;
     handle.placeIndex = index;
     handle.isPlaceUnknown = false;
     handle.current.reset();
