@@ -151,8 +151,7 @@ Expected Model::readBeside(const Step &step) {
     return found(step, index, *address);
 }
 
-// From then on the physical order is the order scanned; whether a place in an index outlives that is not
-// defined.
+// The place in an index stays where it is.
 Expected Model::readPhysical(const Step &step) {
     Handle &handle = handles_[step.handle];
     const FileState &state = view(step.session());
@@ -165,7 +164,6 @@ Expected Model::readPhysical(const Step &step) {
     std::optional<Address> address = goesForward(step.action) ? state.following(from) : state.preceding(from);
     if (!address)
         return {{VANTREL_STATUS_END_OF_FILE}};
-    handle.isPlaceUnknown = handle.place.has_value();
     return found(step, VANTREL_INDEX_NONE, *address);
 }
 

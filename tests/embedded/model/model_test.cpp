@@ -35,6 +35,6 @@ TEST_P(EngineModel, AnswersLikeTheModel) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Part, EngineModel, testing::Range(0, partCount));
+INSTANTIATE_TEST_SUITE_P(Shard, EngineModel, testing::Range(0, partCount));
 
 }  // namespace
