@@ -16,6 +16,8 @@ std::vector<VantrelStatus> Model::refusalsOfCurrent(const Step &step) const {
                 std::find(handle.history.begin(), handle.history.end(), change) != handle.history.end();
             return !wasSeen && change.session != step.session();
         });
+    if (isChangedByOther && holdOfOthers(step.session()) == Hold::certain)
+        return {VANTREL_STATUS_CONFLICT, VANTREL_STATUS_RECORD_IN_USE, VANTREL_STATUS_FILE_IN_USE};
     if (isChangedByOther)
         return {VANTREL_STATUS_CONFLICT};
     if (record.isDeleted)
