@@ -12,10 +12,10 @@ namespace vantrel::embedded {
 struct KeyRange {
     Bytes from;  // empty: from the first key on
     std::optional<Bytes> to;
-    bool isEmpty = false;
+    bool isEmpty = false;  // no record can pass, whatever the bounds
 
-    bool isBelow(ByteView key) const { return isEmpty || key < from; }
-    bool isAbove(ByteView key) const { return isEmpty || (to && key >= *to); }
+    bool isBelow(ByteView key) const { return key < from; }
+    bool isAbove(ByteView key) const { return to && key >= *to; }
 };
 
 // The terms of a filter that is all conjunctions bound the range where they compare the index's first

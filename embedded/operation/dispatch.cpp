@@ -67,10 +67,22 @@ OperationFunction *functionOf(uint16_t operation) {
             return dropIndex;
         case 53:
             return changeChunk;
+        case codeGetNextExtended:
+        case codeGetPreviousExtended:
+        case codeStepNextExtended:
+        case codeStepPreviousExtended:
+            return readExtended;
+        case 40:
+            return insertExtended;
         case 65:
             return extendedStatistics;
         case 78:
             return login;
+        case codeDeleteNext:
+        case codeDeletePrevious:
+        case codeDeleteStepNext:
+        case codeDeleteStepPrevious:
+            return deleteExtended;
         default:
             return nullptr;
     }

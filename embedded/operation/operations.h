@@ -17,6 +17,9 @@ OperationFunction openFile, closeFile, createFile, createIndex, dropIndex;
 OperationFunction insertRecord, updateRecord, deleteRecord;
 OperationFunction readByKey, readByStep, readDirect, readChunk, changeChunk, getPosition, unlock;
 
+// Many records
+OperationFunction readExtended, deleteExtended, insertExtended;
+
 // The session
 OperationFunction setDirectory, getDirectory, login, version, resetSession;
 OperationFunction beginTransaction, endTransaction, abortTransaction;
@@ -39,6 +42,14 @@ enum OperationCodes : uint16_t {
     codeStepFirst = 33,
     codeStepLast = 34,
     codeStepPrevious = 35,
+    codeGetNextExtended = 36,
+    codeGetPreviousExtended = 37,
+    codeStepNextExtended = 38,
+    codeStepPreviousExtended = 39,
+    codeDeleteNext = 85,
+    codeDeletePrevious = 86,
+    codeDeleteStepNext = 87,
+    codeDeleteStepPrevious = 88,
     codeBeginExclusive = 19,
     codeBeginConcurrent = 1019,
     codeBeginConcurrentNoWait = 1519,

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <limits>
 #include <thread>
 
 #include "embedded/key/encoding.h"
@@ -17,7 +16,6 @@ namespace {
 
 constexpr int64_t longestWaitMicroseconds = 30'000'000;
 constexpr int64_t longestPauseMicroseconds = 20'000;
-constexpr int64_t behindAllAddresses = std::numeric_limits<int64_t>::max();
 
 }  // namespace
 
@@ -89,14 +87,6 @@ int32_t deliverRecord(Request &request, Storage &storage, const StoredRecord &re
     return length == record.length ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_DATA_LENGTH_ERROR;
 }
 
-namespace {
-
-// The sought key of a search, encoded, and where a failed search leaves the position.
-struct Sought {
-    Bytes key;
-    int64_t address;
-};
-
 int32_t searchKey(Storage &storage, uint16_t operation, uint8_t index, const Bytes &key, StoredEntry *entry) {
     bool isFound;
     switch (operation) {
@@ -118,6 +108,8 @@ int32_t searchKey(Storage &storage, uint16_t operation, uint8_t index, const Byt
     }
     return isFound ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_END_OF_FILE;
 }
+
+namespace {
 
 // Where next and previous go on after a search that found nothing.
 int64_t placeAddressOf(uint16_t operation) {

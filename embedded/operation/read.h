@@ -1,6 +1,8 @@
 #ifndef VANTREL_EMBEDDED_OPERATION_READ_H
 #define VANTREL_EMBEDDED_OPERATION_READ_H
 
+#include <limits>
+
 #include "embedded/operation/reply.h"
 #include "embedded/operation/session.h"
 
@@ -59,6 +61,12 @@ void copyRecord(Storage &storage, const StoredRecord &record, uint64_t start, ui
 
 // Hands a found record to the caller: as many of its bytes as fit, or nothing for a key-only read.
 int32_t deliverRecord(Request &request, Storage &storage, const StoredRecord &record);
+// Finds the entry that a search for an encoded key reads first: codes 5 and 8 to 11. Returns 4 or 9 where
+// there is none.
+int32_t searchKey(Storage &storage, uint16_t operation, uint8_t index, const Bytes &key, StoredEntry *entry);
+
+// Behind every record, and behind every entry of a key.
+constexpr int64_t behindAllAddresses = std::numeric_limits<int64_t>::max();
 
 }  // namespace vantrel::embedded
 

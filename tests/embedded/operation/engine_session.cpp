@@ -59,6 +59,7 @@ Reply EngineSession::call(uint32_t operation, PositionBlock *block, const std::s
     EXPECT_LE(length, dataBuffer.size());
     reply.data = dataBuffer.substr(0, length);
     reply.key = keyBuffer;
+    reply.buffer = dataBuffer;
     return reply;
 }
 

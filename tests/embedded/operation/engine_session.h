@@ -32,8 +32,9 @@ class TemporaryDirectory {
 // What one call returned.
 struct Reply {
     int32_t status;
-    std::string data;  // the bytes returned
-    std::string key;   // the key buffer afterwards
+    std::string data;    // the bytes returned
+    std::string key;     // the key buffer afterwards
+    std::string buffer;  // the data buffer afterwards
 };
 
 // Calls the engine as one client identifier block.
