@@ -107,14 +107,14 @@ void applyToDecimal(const FieldFunction &function, char *value, size_t length) {
     if (standing == Standing::illFormed)
         return;
     bool wasNegative = standing == Standing::negative;
-    bool changes = function.rounding == Rounding::none
-                       ? wasNegative
-                       : roundDigits(function.rounding, placesOf(function.type) - function.places,
-                                     wasNegative, &digits);
+    bool changes =
+        function.rounding == Rounding::none
+            ? wasNegative
+            : roundDigits(function.rounding, placesOf(function.type) - function.places, wasNegative, &digits);
     if (!changes)
         return;
-    bool isNegative = wasNegative && function.rounding != Rounding::none &&
-                      digits.find_first_not_of('\0') != Bytes::npos;
+    bool isNegative =
+        wasNegative && function.rounding != Rounding::none && digits.find_first_not_of('\0') != Bytes::npos;
     if (isPacked(function.type))
         storePacked(isNegative, digits, value, length);
     else

@@ -182,9 +182,10 @@ bool ExtendedModel::isOutside(const ModelRequest &request, const ModelRecord &re
             continue;
         std::string value = valueIn(record, index.offset, index.length);
         int compared = compareKeys(index, value, term.fields.comparand);
-        bool isOnThatSide = isBelow ? compared <= 0 : compared >= 0;
+        // The constant itself is kept out by the bound beyond which it lies.
+        bool liesBelow = compared != 0 ? compared < 0 : (comparison == greaterThan) != index.descending;
         int byValue = compareValues(index.type, index.collation, value, term.fields.comparand);
-        if (isOnThatSide && !answer(comparison, byValue))
+        if (liesBelow == isBelow && !answer(comparison, byValue))
             return true;
     }
     return false;

@@ -169,7 +169,7 @@ ModelRequest ExtendedModelTest::randomRequest() {
     const char *signatures[] = {"UC", "EG", "FI", "LA", "EQ", "GT", "LT", "GE", "LE"};
     request.fields.signature = signatures[random.below(request.isPhysical ? 4 : 9)];
     request.key =
-        request.index == 0 ? std::string(1, random.oneOf("Aabcdefghz")) : valueOf(fields[request.index]);
+        request.index == 0 ? std::string(1, random.oneOf("ABabcdefghyz")) : valueOf(fields[request.index]);
     for (size_t count = random.below(4); count > 0; --count) {
         request.terms.push_back(randomTerm());
         request.terms.back().fields.connector = count == 1             ? uint8_t{0}
@@ -235,7 +235,7 @@ TEST_F(ExtendedModelTest, RandomRequestsDoWhatTheModelDoes) {
         ++statuses[compare(request)];
     }
     for (int32_t status : {0, 4, 9, 60, 64})
-        EXPECT_GT(statuses[status], 10) << status;
+        EXPECT_GT(statuses[status], 4) << status;
 }
 
 }  // namespace

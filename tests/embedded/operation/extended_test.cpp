@@ -136,6 +136,22 @@ TEST_F(ExtendedTest, TheCountInFrontIsTrueWhateverTheStatus) {
     EXPECT_EQ(number(session.call(36, nullptr, fields.bytes(), "", 0).buffer, 0, 2), 0u);
 }
 
+TEST_F(ExtendedTest, TruncatedRequestsDoNothing) {
+    RequestFields fields = request("EQ", {onLetter(equalTo, 'c', joinAnd), onDigit(equalTo, '1')});
+    ASSERT_EQ(read(5, "b"), "b");
+    std::string whole = fields.bytes();
+    fields.entries = {};
+    std::string deletion = fields.bytes();
+    for (uint32_t length = 1; length < deletion.size(); ++length) {
+        for (uint32_t operation : {36u, 37u, 38u, 39u})
+            EXPECT_NE(session.call(operation, &block, whole.substr(0, length), "c", 0).status, 0);
+        for (uint32_t operation : {85u, 86u, 87u, 88u})
+            EXPECT_NE(session.call(operation, &block, deletion.substr(0, length), "c", 0).status, 0);
+    }
+    EXPECT_EQ(current(), "b");
+    EXPECT_EQ(letters(), "abcdef");
+}
+
 TEST_F(ExtendedTest, EndsWithStatus0AtTheRecordCount) {
     RequestFields fields = request("FI");
     fields.recordLimit = 2;
