@@ -7,7 +7,7 @@ namespace vantrel::embedded {
 
 namespace {
 
-constexpr uint32_t longestRecord = 65535;
+constexpr size_t longestRecord = 65535;
 
 }  // namespace
 
@@ -18,11 +18,14 @@ Position &writablePosition(Session &session, const Request &request) {
     return position;
 }
 
-ByteView recordIn(const Request &request, const FileDefinition &definition) {
+bool recordFits(const FileDefinition &definition, size_t length) {
     bool isVariable = (definition.fileFlags & fileFlag::variableLength) != 0;
-    bool fits = isVariable ? request.offered >= definition.recordLength && request.offered <= longestRecord
-                           : request.offered == definition.recordLength;
-    if (!fits)
+    return isVariable ? length >= definition.recordLength && length <= longestRecord
+                      : length == definition.recordLength;
+}
+
+ByteView recordIn(const Request &request, const FileDefinition &definition) {
+    if (!recordFits(definition, request.offered))
         throw StatusError{VANTREL_STATUS_DATA_LENGTH_ERROR};
     return dataBytes(request, request.offered);
 }

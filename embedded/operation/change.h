@@ -11,8 +11,10 @@ namespace vantrel::embedded {
 // The request's position; a read-only one is thrown as status 46.
 Position &writablePosition(Session &session, const Request &request);
 
-// The record in the request: a fixed-length record has its file's length, a variable one at least the length
-// of the fixed part. Any other length is thrown as status 22.
+// A fixed-length record has its file's length, a variable one at least the length of the fixed part.
+bool recordFits(const FileDefinition &definition, size_t length);
+
+// The record in the request; one that does not fit is thrown as status 22.
 ByteView recordIn(const Request &request, const FileDefinition &definition);
 
 // Remembers who has the key already, for the statistics, and returns status 5.

@@ -78,8 +78,9 @@ void ExtendedRead::finish() {
     scan.movePosition();
 }
 
+// Returns the versions of the deleted records beside the reply.
 int32_t deletePassing(RecordScan &scan, OpenFile &file, ChangeScope &scope, ExtendedReply &reply,
-                      uint16_t recordLimit) {
+                      uint16_t recordLimit, std::vector<uint64_t> *versions) {
     RecordChange change(file.storage());
     StoredEntry entry;
     while (reply.count() < recordLimit) {
@@ -91,7 +92,8 @@ int32_t deletePassing(RecordScan &scan, OpenFile &file, ChangeScope &scope, Exte
         if (file.lockFile().recordIsLockedByAnother(entry.record.address))
             return VANTREL_STATUS_RECORD_IN_USE;
         scan.examineDeleted(entry);
-        reply.add(entry.record.address, entry.record.data.size(), 0);
+        reply.add(entry.record.address, entry.record.length, 0);
+        versions->push_back(entry.record.updateTime);
         change.prepareDelete(entry.record);
         scope.beginChanges();
         change.apply();
@@ -133,12 +135,13 @@ int32_t deleteExtended(Session &session, Request &request) {
 
     ChangeScope scope(session, file);
     RecordScan scan(position, request, extended, wayOf(request.operation));
-    int32_t status = deletePassing(scan, file, scope, reply, extended.recordLimit);
+    std::vector<uint64_t> versions;
+    int32_t status = deletePassing(scan, file, scope, reply, extended.recordLimit, &versions);
     scope.commit();
 
     for (uint32_t record = 0; record < reply.count(); ++record) {
         int64_t address = reply.deletedAddress(record);
-        file.recordDeleted(address);
+        file.recordDeleted(position, address, versions[record], session.insideTransaction());
         settleLocks(session, position, address);
     }
     scan.movePosition();

@@ -43,7 +43,8 @@ struct ExtendedInsert {
     std::shared_ptr<const IndexDefinition> index;  // null where the request names none
     std::vector<int64_t> addresses;
     uint64_t lastVersion = 0;
-    Bytes lastRecord;
+    Bytes lastBytes;
+    StoredRecord lastRecord;
     std::optional<Bytes> lastKey;
 
     int32_t insert(ByteView bytes);
@@ -66,10 +67,13 @@ int32_t ExtendedInsert::insert(ByteView bytes) {
     scope.beginChanges();
     auto [address, version] = change.apply();
     addresses.push_back(address);
+    position.file->recordInserted(address, session.insideTransaction());
     lastVersion = version;
     const Bytes *key = index == nullptr ? nullptr : change.newKey(index->number);
     lastKey = key == nullptr ? std::nullopt : std::optional<Bytes>(*key);
-    lastRecord = std::move(record);
+    lastRecord = change.record();
+    lastBytes = std::move(record);
+    lastRecord.data = lastBytes;
     return VANTREL_STATUS_NO_ERROR;
 }
 
@@ -109,7 +113,7 @@ int32_t insertExtended(Session &session, Request &request) {
         file.index(request.keyNumber);
     std::vector<ByteView> records = recordsIn(request);
 
-    ExtendedInsert insert{session, position, ChangeScope(session, file), nullptr, {}, 0, {}, {}};
+    ExtendedInsert insert{session, position, ChangeScope(session, file), nullptr, {}, 0, {}, {}, {}};
     if (namesIndex)
         insert.index = file.index(request.keyNumber);
     int32_t status = insert.run(records);
