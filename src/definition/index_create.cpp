@@ -12,8 +12,9 @@ namespace {
 
 constexpr uint32_t dataLengthMaximum = 65535;
 
-// The data length counts every segment twice, and the engine may read all that it covers.
-constexpr uint32_t requestSize = 2 * sizeof(VantrelIndexAttributes::segments) + acsBlockSize;
+// The engine may answer in all of it.
+constexpr uint32_t requestSize = 65536;
+static_assert(requestSize >= 2 * sizeof(VantrelIndexAttributes::segments) + acsBlockSize);
 
 VantrelStatus requestIndex(VantrelFile *file, VantrelIndexAttributes *attributes) {
     uint32_t segmentCount = loadU32(attributes->segmentCount);
@@ -21,6 +22,7 @@ VantrelStatus requestIndex(VantrelFile *file, VantrelIndexAttributes *attributes
         return keepStatus(file, VANTREL_STATUS_DATA_LENGTH_ERROR);
     uint32_t length = segmentCount * uint32_t{sizeof(KeySpecification)};
     uint8_t request[requestSize];
+    // The data length counts every segment twice, and the engine may read all that it covers.
     memset(request, 0, 2 * length + acsBlockSize);
     int32_t keyNumber = 0;
     VantrelStatus status = writeIndexDefinition(attributes, request, dataLengthMaximum, &length, &keyNumber);
@@ -31,9 +33,9 @@ VantrelStatus requestIndex(VantrelFile *file, VantrelIndexAttributes *attributes
 }
 
 // A named sequence that the engine does not find may be one that it knows by number.
-VantrelStatus requestIndexByNumber(VantrelFile *file, VantrelIndexAttributes *attributes) {
+VantrelStatus createIndexByNumber(VantrelFile *file, VantrelIndexAttributes *attributes) {
     storeI32(attributes->acsMode, VANTREL_ACS_MODE_NUMBERED);
-    VantrelStatus status = requestIndex(file, attributes);
+    VantrelStatus status = VantrelFileIndexCreate(file, attributes);
     storeI32(attributes->acsMode, VANTREL_ACS_MODE_NAMED);
     return status;
 }
@@ -48,7 +50,7 @@ VantrelStatus VantrelFileIndexCreate(VantrelFile *file, VantrelIndexAttributes *
     VantrelStatus status = requestIndex(file, attributes);
     if (status == VANTREL_STATUS_ALTERNATE_COLLATING_SEQUENCE_NOT_FOUND &&
         loadI32(attributes->acsMode) == VANTREL_ACS_MODE_NAMED)
-        return requestIndexByNumber(file, attributes);
+        return createIndexByNumber(file, attributes);
     return status;
 }
 

@@ -81,6 +81,12 @@ TEST_F(IndexCreateTest, TheLargestDefinitionIsSentWhole) {
     expectCreateCall(engine.onlyCall(), joined({expected, upperBlock(), Bytes(10080)}), 0);
 }
 
+TEST_F(IndexCreateTest, TheEngineMayAnswerWith65536Bytes) {
+    engine.reply({.data = Bytes(65536)});
+    EXPECT_EQ(VantrelFileIndexCreate(file, attributes), 0);
+    EXPECT_EQ(fileStatus(), 0);
+}
+
 TEST_F(IndexCreateTest, AnIndexNumberIsTheKeyNumber) {
     ASSERT_EQ(VantrelIndexAttributesSetIndex(attributes, 3), 0);
     EXPECT_EQ(VantrelFileIndexCreate(file, attributes), 0);
@@ -155,6 +161,15 @@ TEST_F(IndexCreateTest, TheSecondTryCanSucceed) {
     engine.reply({.status = 0});
     EXPECT_EQ(VantrelFileIndexCreate(file, attributes), 0);
     EXPECT_EQ(fileStatus(), 0);
+    EXPECT_EQ(loadI32(attributes->acsMode), 1);
+}
+
+TEST_F(IndexCreateTest, TheSecondTryChecksTheFileAgain) {
+    ASSERT_EQ(VantrelIndexAttributesSetACSName(attributes, "UPPER"), 0);
+    engine.reply({.status = 136, .effect = [this](const EngineCall &) { makeFileUnusable(); }});
+    EXPECT_EQ(VantrelFileIndexCreate(file, attributes), 2007);
+    EXPECT_EQ(fileStatus(), 2007);
+    EXPECT_EQ(engine.calls().size(), 1u);
     EXPECT_EQ(loadI32(attributes->acsMode), 1);
 }
 
