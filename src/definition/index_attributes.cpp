@@ -67,6 +67,8 @@ namespace vantrel {
 VantrelStatus writeIndexDefinition(VantrelIndexAttributes *attributes, uint8_t *output, uint32_t capacity,
                                    uint32_t *dataLength, int32_t *keyNumber) {
     int32_t segmentCount = loadI32(attributes->segmentCount);
+    if (segmentCount > segmentMaximum)
+        return VANTREL_STATUS_DATA_LENGTH_ERROR;
     for (int32_t i = 0; i < segmentCount; ++i) {
         KeySpecification *segment = &attributes->segments[i];
         VantrelStatus status = stampIndexSettings(attributes, segment);

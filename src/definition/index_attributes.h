@@ -31,7 +31,8 @@ namespace vantrel {
 
 // Writes the index into a request: stamps the index-wide settings onto the stored segments, copies these and
 // the ACS block to the output, adds their size to the data length, and turns the key number into the index
-// number wanted, if any. A data length above the capacity gives VANTREL_STATUS_DATA_LENGTH_ERROR.
+// number wanted, if any. A data length above the capacity, or more segments than the table has, give
+// VANTREL_STATUS_DATA_LENGTH_ERROR.
 //
 // The engine expects each segment to be counted twice in the data length. writeIndexDefinition counts them
 // once and leaves the other time to its caller; fileIndexCreateHelper counts both.

@@ -145,6 +145,23 @@ TEST_F(IndexDefinitionTest, SettingsAreStampedBeforeTheLengthIsChecked) {
     EXPECT_EQ(write(103), 2002);
 }
 
+// The refused setting shows that no segment is looked at.
+TEST_F(IndexDefinitionTest, MoreSegmentsThanTheTableHasAreRefusedAtOnce) {
+    storeU32(attributes->duplicateMode, 3);
+    for (int32_t segmentCount : {421, 1364}) {
+        storeI32(attributes->segmentCount, segmentCount);
+        dataLength = 0;
+        EXPECT_EQ(writeIndexDefinition(attributes, output.data(), 65535, &dataLength, &keyNumber), 22);
+        EXPECT_EQ(dataLength, 0u);
+        EXPECT_EQ(write(65503), 22);
+    }
+    expectOutput({});
+    EXPECT_EQ(keyNumber, -1);
+    storeI32(attributes->segmentCount, 420);
+    dataLength = 0;
+    EXPECT_EQ(writeIndexDefinition(attributes, output.data(), 65535, &dataLength, &keyNumber), 2002);
+}
+
 TEST_F(IndexDefinitionTest, ANegativeCountWritesNoSegment) {
     storeI32(attributes->segmentCount, -1);
     dataLength = 0;
