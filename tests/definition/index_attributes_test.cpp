@@ -185,6 +185,17 @@ TEST_F(IndexAttributesTest, LongerACSNamesAreRefused) {
     expectRefusal(VantrelIndexAttributesSetACSName(attributes, std::string(5000, 'A').c_str()), 22, before);
 }
 
+TEST_F(IndexAttributesTest, NamesAreReadNoFurtherThanTheyMayBeLong) {
+    const std::vector<char> name(17, 'n');
+    const std::vector<char> userDefinedName(9, 'n');
+    const Bytes table(256);
+    Bytes before = record();
+    expectRefusal(VantrelIndexAttributesSetACSName(attributes, name.data()), 22, before);
+    expectRefusal(
+        VantrelIndexAttributesSetACSUserDefined(attributes, userDefinedName.data(), table.data(), 256), 22,
+        before);
+}
+
 class UserDefinedACSTest : public IndexAttributesTest {
   protected:
     UserDefinedACSTest() {
