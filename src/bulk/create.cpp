@@ -95,22 +95,24 @@ VantrelCursorPosition VantrelBulkCreateResultGetRecordCursorPosition(VantrelBulk
     return loadI64(result->area + countSize + positionSize * preceding);
 }
 
-// The engine gets a copy of the payload and answers in it. Behind the request the copy starts as what the
-// result holds, so that nothing is copied back that neither the request nor the engine wrote.
+// The engine gets a copy of the payload and answers in it. The copy stands in the result itself: a count
+// larger than the engine's answer then shows nothing but the request and what the result held before. What
+// stood behind the positions counted is put back.
 VantrelStatus VantrelFileBulkCreate(VantrelFile *file, const VantrelBulkCreatePayload *payload,
                                     VantrelBulkCreateResult *result) {
     if (file == nullptr)
         return VANTREL_STATUS_FILE_NOT_OPEN;
     if (payload == nullptr || result == nullptr)
         return keepStatus(file, VANTREL_STATUS_INVALID_POINTER_PARAMETER);
-    uint8_t work[bulkAreaSize];
     uint32_t used = loadU32(payload->usedLength);
-    uint32_t written = std::max(used, replyLength(loadU32(payload->area)));
-    memcpy(work, payload->area, used);
-    memcpy(work + used, result->area + used, written - used);
+    uint32_t overwritten = std::max(used, replyLength(loadU32(payload->area)));
+    uint8_t former[bulkAreaSize];
+    memcpy(former, result->area, overwritten);
+    memcpy(result->area, payload->area, used);
     uint32_t dataLength = used;
-    VantrelStatus status = callFile(file, operationInsertExtended, work, &dataLength, file->keyBuffer, 0, -1);
-    written = std::max(written, std::min(dataLength, bulkAreaSize));
-    memcpy(result->area, work, std::min(replyLength(loadU32(work)), written));
+    VantrelStatus status =
+        callFile(file, operationInsertExtended, result->area, &dataLength, file->keyBuffer, 0, -1);
+    uint32_t answered = std::min(replyLength(loadU32(result->area)), overwritten);
+    memcpy(result->area + answered, former + answered, overwritten - answered);
     return status;
 }

@@ -224,6 +224,25 @@ TEST_F(BulkCreateTest, CountBeyondTheReplyCopiesWhatWasWritten) {
     EXPECT_EQ(lastStatus(result.get()), untouchedStatus);
 }
 
+TEST_F(BulkCreateTest, LengthBeyondTheReplyShowsOnlyRequestAndResult) {
+    add(bytesOf("ab"));
+    std::fill_n(result->area, 258048, uint8_t{0xEE});
+    engine.reply({.dataLength = 258048, .data = {0xFF, 0xFF, 0xFF, 0xFF}});
+    VantrelFileBulkCreate(file, payload, result);
+    EXPECT_EQ(resultBytes(258048),
+              (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 2, 0, 0, 0, 'a', 'b'} + Bytes(258038, 0xEE)));
+    EXPECT_EQ(lastStatus(result.get()), untouchedStatus);
+}
+
+TEST_F(BulkCreateTest, WhatLiesBehindThePositionsStays) {
+    add(bytesOf("abcdefgh"));
+    VantrelBulkCreatePayloadAddRecord(payload, "", 0);
+    std::fill_n(result->area, 258048, uint8_t{0xEE});
+    engine.reply({.status = 5, .data = Bytes{1, 0, 0, 0} + Bytes(16, 0x11)});
+    VantrelFileBulkCreate(file, payload, result);
+    EXPECT_EQ(resultBytes(258048), (Bytes{1, 0, 0, 0} + Bytes(8, 0x11) + Bytes(258036, 0xEE)));
+}
+
 TEST_F(BulkCreateTest, CopyEndsWithTheArea) {
     const Bytes reply = Bytes{0xFF, 0xFF, 0xFF, 0x7F} + Bytes(258044, 0x11);
     engine.reply({.dataLength = 0xFFFFFFFF, .data = reply});
