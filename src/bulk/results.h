@@ -33,6 +33,8 @@ struct VantrelBulkRetrieveResult : vantrel::BulkResult {
     uint8_t foundOffset[4];
     uint8_t foundHead[vantrel::replyRecordHead];
 };
+static_assert(sizeof(VantrelBulkRetrieveResult) ==
+              sizeof(vantrel::BulkResult) + 4 + 4 + vantrel::replyRecordHead);
 
 namespace vantrel {
 

@@ -312,6 +312,15 @@ TEST_P(BulkKeySearchTest, KeyGoesToTheEngineAndComesBack) {
     expectCachedKey(4, 3);
 }
 
+TEST_P(BulkLockingTest, LockModesAreAddedInThePhysicalOrderToo) {
+    useIndex(VANTREL_INDEX_NONE);
+    for (auto [mode, bias] : {std::pair{0, 0u}, {1, 100u}, {2, 200u}, {3, 300u}, {4, 400u}}) {
+        arguments.lockMode = mode;
+        EXPECT_EQ(call(), 0);
+        EXPECT_EQ(engine.calls().back().operation, GetParam().physicalOperation + bias);
+    }
+}
+
 TEST_P(BulkLockingTest, UnknownLockModesAreRefused) {
     addUnfinishedFilter();
     for (VantrelLockMode mode : {5, -1}) {

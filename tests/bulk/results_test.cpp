@@ -47,8 +47,7 @@ class BulkRetrieveResultTest : public FileTest {
 TEST(BulkResults, AllocateGivesEmptyRecords) {
     RetrieveResult retrieved;
     DeleteResult deleted;
-    auto *bytes = reinterpret_cast<const uint8_t *>(retrieved.get());
-    EXPECT_EQ(Bytes(bytes, bytes + 258052), Bytes(258052));
+    EXPECT_EQ(bytesOfRecord(retrieved.get()), Bytes(258070));
     EXPECT_EQ(bytesOfRecord(deleted.get()), Bytes(258052));
 }
 
@@ -242,6 +241,12 @@ class BulkDeleteResultTest : public testing::Test {
   protected:
     DeleteResult result;
 };
+
+TEST_F(BulkDeleteResultTest, FreshResultHasNoRecords) {
+    EXPECT_EQ(VantrelBulkDeleteResultGetRecordCount(result), 0);
+    EXPECT_EQ(VantrelBulkDeleteResultGetRecordCursorPosition(result, 1), -1);
+    EXPECT_EQ(VantrelBulkDeleteResultGetLastStatusCode(result), 2002);
+}
 
 TEST_F(BulkDeleteResultTest, PositionsLieTenBytesApart) {
     const Bytes reply = {3, 0, 0xFF, 0xFF, 8, 7, 6, 5, 4,    3,    2,    1,    9,    9,    2,    0,
