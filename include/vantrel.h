@@ -24,9 +24,9 @@
  * 4. Checks. Handles are checked first, then pointers, then enumerations and ranges; a function that refuses
  *    its arguments changes nothing else and makes no request. A null handle gives
  *    VANTREL_STATUS_INVALID_POINTER_PARAMETER, a null file VANTREL_STATUS_FILE_NOT_OPEN; neither can be kept.
- *    A file without a client gives VANTREL_STATUS_INVALID_POINTER_PARAMETER, a value out of range
- *    VANTREL_STATUS_INVALID_OPTION. Sizes and counts are compared as unsigned numbers, so that negative ones
- *    are out of range.
+ *    Any other null pointer that is not allowed, and a file without a client, give
+ *    VANTREL_STATUS_INVALID_POINTER_PARAMETER, a value out of range VANTREL_STATUS_INVALID_OPTION. Sizes and
+ *    counts are compared as unsigned numbers, so that negative ones are out of range.
  * 5. Getters. A getter returns the value and clears the last status of its handle to 0. Failing, it returns
  *    -1, or -7 where the value is an enumeration or an index, and keeps the reason as the last status.
  *    Functions that read a record return the number of bytes or -1. ...GetLastStatusCode returns the last
@@ -803,7 +803,8 @@ VANTREL_API VantrelStatus VantrelKeySegmentAllocate(VantrelKeySegment **segment)
 VANTREL_API VantrelStatus VantrelKeySegmentFree(VantrelKeySegment *segment);
 
 /* Sets which bytes of the record the segment covers, and their type. The offset counts from 0, the length is
- * 0 to 1024, and their sum is at most 65535; the type is any VantrelDataType.
+ * 0 to 1024, and their sum is at most 65535; the type is any VantrelDataType. Offset 65535 with length 0 is
+ * accepted, but VantrelKeySegmentGetOffset then gives -1.
  *
  * Returns VANTREL_STATUS_INVALID_OPTION for a place or type out of range; an unknown type has then replaced a
  * legacy one by the extended type set last. */
@@ -863,7 +864,8 @@ VANTREL_API VantrelStatus VantrelIndexAttributesAddKeySegment(VantrelIndexAttrib
 
 /* Asks for an index number instead of leaving it to the engine, which cannot be taken back. Every
  * VantrelIndex is accepted, though the engine gives new indexes the numbers 0 to 118 only;
- * VANTREL_STATUS_INVALID_OPTION for anything else. */
+ * VANTREL_STATUS_INVALID_OPTION for anything else. VANTREL_INDEX_NONE too is sent on as it is: to a file
+ * create it then means VANTREL_CREATE_MODE_NO_OVERWRITE at VANTREL_LOCATION_MODE_DEFAULT. */
 VANTREL_API VantrelStatus VantrelIndexAttributesSetIndex(VantrelIndexAttributes *attributes,
                                                          VantrelIndex index);
 
@@ -912,6 +914,7 @@ VANTREL_API VantrelStatus VantrelFileAttributesSetFixedRecordLength(VantrelFileA
 VANTREL_API VantrelStatus VantrelFileAttributesSetPageSize(VantrelFileAttributes *attributes,
                                                            VantrelPageSize pageSize, int32_t isCompressed);
 
+/* The version of the file format, at first VANTREL_FILE_VERSION_DEFAULT. */
 VANTREL_API VantrelStatus VantrelFileAttributesSetFileVersion(VantrelFileAttributes *attributes,
                                                               VantrelFileVersion version);
 
@@ -923,6 +926,7 @@ VantrelFileAttributesSetReservedDuplicatePointerCount(VantrelFileAttributes *att
 VANTREL_API VantrelStatus VantrelFileAttributesSetPreallocatedPageCount(VantrelFileAttributes *attributes,
                                                                         int32_t count);
 
+/* How records are compressed, at first VANTREL_RECORD_COMPRESSION_MODE_NONE. */
 VANTREL_API VantrelStatus VantrelFileAttributesSetRecordCompressionMode(VantrelFileAttributes *attributes,
                                                                         VantrelRecordCompressionMode mode);
 
@@ -938,6 +942,7 @@ VANTREL_API VantrelStatus VantrelFileAttributesSetSystemDataMode(VantrelFileAttr
 VANTREL_API VantrelStatus VantrelFileAttributesSetVariableLengthRecordsMode(
     VantrelFileAttributes *attributes, VantrelVariableLengthRecordsMode mode);
 
+/* How much of a page is kept free for records that grow, at first VANTREL_FREE_SPACE_THRESHOLD_DEFAULT. */
 VANTREL_API VantrelStatus VantrelFileAttributesSetFreeSpaceThreshold(VantrelFileAttributes *attributes,
                                                                      VantrelFreeSpaceThreshold threshold);
 
@@ -970,7 +975,8 @@ VANTREL_API VantrelStatus VantrelClientFileCreateW(VantrelClient *client,
                                                    VantrelLocationMode locationMode);
 
 /* Creates an empty file with the attributes and all the indexes of the file that the file information was
- * taken from with VantrelFileGetInformation. Statuses are those above. */
+ * taken from with VantrelFileGetInformation. Statuses are those above, that of null file information
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER, which the client keeps. */
 VANTREL_API VantrelStatus VantrelClientFileCreateUsingFileInformation(VantrelClient *client,
                                                                       VantrelFileInformation *fileInformation,
                                                                       const char *fileName,
@@ -1226,6 +1232,8 @@ VANTREL_API VantrelStatus VantrelFileSetOwner(VantrelFile *file, VantrelOwnerMod
  * that it can then be changed or freed. Only the three functions that take a name keep a status in the
  * filter, and none reads it. */
 
+/* A new filter has neither comparison nor constant nor other field, and VANTREL_CONNECTOR_LAST; its field is
+ * 0 bytes of VANTREL_DATA_TYPE_CHAR at offset 0. */
 VANTREL_API VantrelStatus VantrelFilterAllocate(VantrelFilter **filter);
 
 /* Frees the filter and its constant; VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
@@ -1282,7 +1290,7 @@ VANTREL_API VantrelStatus VantrelFilterSetACSMode(VantrelFilter *filter, Vantrel
  *
  * Bulk attributes say what a bulk operation does: which records it takes, at most how many, where it starts
  * and, for a retrieve, which bytes of each record come back. They are filled once and serve any number of
- * calls. */
+ * calls. The functions return their status; only that of a null filter is kept, and none reads it. */
 
 /* A new record takes every record, at most 25804, sets no reject limit, and starts at the current record. */
 VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAllocate(VantrelBulkRetrieveAttributes **attributes);
@@ -1327,19 +1335,21 @@ VANTREL_API VantrelStatus VantrelBulkDeleteAttributesSetSkipCurrentRecord(
 
 /* Extracts length bytes of each record at the offset, or a system field (8 bytes). Everything extracted comes
  * back in the order of adding, without gaps. The ranges are those of VantrelFilterSetField, and all that is
- * extracted of a record is at most 65535 bytes; VANTREL_STATUS_INVALID_OPTION otherwise.
+ * extracted of a record is at most 65535 bytes; VANTREL_STATUS_INVALID_OPTION otherwise, and for an unknown
+ * system field.
  *
  * There are 8202 entries, of which a field takes one, an aggregate or function three and a rounding one four;
  * VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE, checked first, where they do not suffice. Nothing is
- * added on failure, and no status is kept. */
+ * added on failure. */
 VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddField(VantrelBulkRetrieveAttributes *attributes,
                                                                 uint32_t offset, uint32_t length);
 VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddSystemField(
     VantrelBulkRetrieveAttributes *attributes, VantrelSystemField systemField);
 
-/* Extracts the least or greatest value of a field over all records. Failures are those of
- * VantrelBulkRetrieveAttributesAddField; a data type without a code in the engine gives
- * VANTREL_STATUS_INVALID_OPTION. */
+/* Extracts the least or greatest value of a field over the records that pass the filters. All of them
+ * together, not limited by the maximum record count, give one record of the reply, and none where no record
+ * passes. Failures are those of VantrelBulkRetrieveAttributesAddField; a data type without a code in the
+ * engine gives VANTREL_STATUS_INVALID_OPTION. */
 VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddMinimumAggregate(
     VantrelBulkRetrieveAttributes *attributes, VantrelDataType dataType, uint32_t offset, uint32_t length);
 VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddMaximumAggregate(
@@ -1389,7 +1399,7 @@ VANTREL_API VantrelStatus VantrelFileBulkRetrievePrevious(VantrelFile *file,
                                                           VantrelLockMode lockMode);
 
 /* Start at the first record of the index and go forwards, or at the last and go backwards. The attributes are
- * left to skip the current record, whatever the outcome. Null attributes give
+ * left to skip the current record, whatever the outcome of the search. Null attributes give
  * VANTREL_STATUS_INVALID_POINTER_PARAMETER, which is not kept in the file. */
 VANTREL_API VantrelStatus VantrelFileBulkRetrieveFirst(VantrelFile *file, VantrelIndex index,
                                                        VantrelBulkRetrieveAttributes *attributes,
@@ -1402,9 +1412,11 @@ VANTREL_API VantrelStatus VantrelFileBulkRetrieveLast(VantrelFile *file, Vantrel
 
 /* Start at the record that compares with the key as asked: VANTREL_COMPARISON_EQUAL, _GREATER, _LESS,
  * _GREATER_OR_EQUAL or _LESS_OR_EQUAL. Of the key at most 1024 bytes are used; it receives the key value that
- * the engine returns. The attributes are left to skip the current record, whatever the outcome of the search.
- * Null attributes give VANTREL_STATUS_INVALID_POINTER_PARAMETER and another comparison
- * VANTREL_STATUS_INVALID_OPTION, neither kept in the file and nothing changed. */
+ * the engine returns. A null key searches with what the file's key buffer holds: the length of the last key if
+ * that was one of the same index, else 1024 bytes; nothing with VANTREL_INDEX_NONE. The attributes are left to
+ * skip the current record, whatever the outcome of the search. Null attributes give
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER and another comparison VANTREL_STATUS_INVALID_OPTION, neither kept
+ * in the file and nothing changed. */
 VANTREL_API VantrelStatus VantrelFileBulkRetrieveNextByComparison(
     VantrelFile *file, VantrelComparison comparison, VantrelIndex index, void *key, uint32_t keyLength,
     VantrelBulkRetrieveAttributes *attributes, VantrelBulkRetrieveResult *result, VantrelLockMode lockMode);
@@ -1443,6 +1455,7 @@ VANTREL_API VantrelStatus VantrelFileBulkDeletePreviousByComparison(VantrelFile 
  * The records that a bulk retrieve brought or a bulk delete removed, numbered from 1. Reading a result does
  * not change it; its getters keep their status in it. */
 
+/* A new result holds no records. */
 VANTREL_API VantrelStatus VantrelBulkRetrieveResultAllocate(VantrelBulkRetrieveResult **result);
 VANTREL_API VantrelStatus VantrelBulkDeleteResultAllocate(VantrelBulkDeleteResult **result);
 
@@ -1483,6 +1496,7 @@ VantrelBulkDeleteResultGetRecordCursorPosition(VantrelBulkDeleteResult *result, 
  * Inserts the records collected in a payload with one request. The payload is only read and can be used
  * again. */
 
+/* A new payload holds no records. */
 VANTREL_API VantrelStatus VantrelBulkCreatePayloadAllocate(VantrelBulkCreatePayload **payload);
 
 /* VANTREL_STATUS_INVALID_POINTER_PARAMETER for null. */
@@ -1497,6 +1511,7 @@ VANTREL_API VantrelStatus VantrelBulkCreatePayloadFree(VantrelBulkCreatePayload 
 VANTREL_API VantrelStatus VantrelBulkCreatePayloadAddRecord(VantrelBulkCreatePayload *payload,
                                                             const void *record, uint32_t length);
 
+/* A new result has the count 0. */
 VANTREL_API VantrelStatus VantrelBulkCreateResultAllocate(VantrelBulkCreateResult **result);
 
 /* Null is harmless. Returns 0. */
