@@ -208,6 +208,7 @@ enum {
     VANTREL_TRANSACTION_MODE_CONCURRENT_NO_WAIT = 2  /* the same, but never waits for another session */
 };
 
+/* How a file is opened. */
 typedef int32_t VantrelOpenMode;
 enum {
     VANTREL_OPEN_MODE_NORMAL = 0,
@@ -225,6 +226,7 @@ enum {
     VANTREL_OPEN_VARIANT_REMOTE = 2
 };
 
+/* What happens to an existing file of the same name. */
 typedef int32_t VantrelCreateMode;
 enum {
     VANTREL_CREATE_MODE_OVERWRITE = 0,   /* an existing file that nobody has open is replaced */
@@ -239,6 +241,7 @@ enum {
     VANTREL_LOCATION_MODE_REMOTE = 2
 };
 
+/* What kind of component a version is reported of. */
 typedef int32_t VantrelVersionType;
 enum {
     VANTREL_VERSION_TYPE_NONE = 0,
@@ -265,6 +268,7 @@ enum {
     VANTREL_FILE_VERSION_16_0 = 8
 };
 
+/* The bytes of a page of a file. */
 typedef int32_t VantrelPageSize;
 enum {
     VANTREL_PAGE_SIZE_512 = 0,
@@ -324,6 +328,7 @@ enum {
     VANTREL_DUPLICATE_MODE_ALLOWED_REPEATING = 2
 };
 
+/* What kind of page another session has locked. */
 typedef int32_t VantrelPageLockType;
 enum {
     VANTREL_PAGE_LOCK_TYPE_NONE = 0,
@@ -342,6 +347,7 @@ enum {
     VANTREL_OWNER_MODE_ENCRYPTION_READ_ALLOWED = 4
 };
 
+/* How a file is encrypted. */
 typedef int32_t VantrelEncryptionType;
 enum {
     VANTREL_ENCRYPTION_TYPE_NONE = 0,
@@ -351,6 +357,7 @@ enum {
     VANTREL_ENCRYPTION_TYPE_AES_256 = 4
 };
 
+/* How the records of a file are compressed. */
 typedef int32_t VantrelRecordCompressionMode;
 enum {
     VANTREL_RECORD_COMPRESSION_MODE_NONE = 0,
@@ -358,6 +365,7 @@ enum {
     VANTREL_RECORD_COMPRESSION_MODE_RUN_LENGTH_ENCODING = 2
 };
 
+/* Whether records may be longer than the fixed length, and have variable allocation tails. */
 typedef int32_t VantrelVariableLengthRecordsMode;
 enum {
     VANTREL_VARIABLE_LENGTH_RECORDS_MODE_NONE = 0,
