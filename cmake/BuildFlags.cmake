@@ -1,7 +1,7 @@
 # The flags that every target of the project is compiled with.
 add_library(vantrel_build_flags INTERFACE)
 target_compile_options(vantrel_build_flags INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-align=strict -Wundef
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-align$<$<CXX_COMPILER_ID:GNU>:=strict> -Wundef
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
     $<$<BOOL:${VANTREL_WARNINGS_AS_ERRORS}>:-Werror>)
 # File offsets and times are 64 bits wide on 32-bit platforms too.
