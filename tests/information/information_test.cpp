@@ -6,7 +6,7 @@
 
 namespace vantrel::test {
 
-void GuardedBuffer::expectContents(const std::string &expected) const {
+void GuardedText::expectContents(const std::string &expected) const {
     EXPECT_EQ(contents(), expected);
     EXPECT_EQ(std::string(bytes_.data(), guardSize), std::string(guardSize, guard));
     EXPECT_EQ(std::string(bytes_.data() + guardSize + size_, guardSize), std::string(guardSize, guard));
@@ -96,7 +96,7 @@ void InformationTest::expectLongLong(Getter<int64_t> get, size_t offset) {
 }
 
 void InformationTest::expectTextRefusals(TextGetter get, int32_t width) {
-    GuardedBuffer buffer(static_cast<size_t>(width));
+    GuardedText buffer(static_cast<size_t>(width));
     EXPECT_EQ(get(nullptr, buffer.get(), width), 2007);
     EXPECT_EQ(get(nullptr, nullptr, -1), 2007);
     buffer.expectUntouched();
@@ -119,20 +119,20 @@ void InformationTest::expectFixedText(TextGetter get, size_t offset, int32_t wid
     size_t length = static_cast<size_t>(width);
     fill('n');
     resetStatus();
-    GuardedBuffer full(length), wide(length + 3);
+    GuardedText full(length), wide(length + 3);
     EXPECT_EQ(get(information, full.get(), width), 0);
     EXPECT_EQ(status(), 0);
     full.expectContents(std::string(length - 1, 'n') + '\0');
     EXPECT_EQ(get(information, wide.get(), width + 3), 0);
-    wide.expectContents(std::string(length - 1, 'n') + '\0' + std::string(3, GuardedBuffer::guard));
+    wide.expectContents(std::string(length - 1, 'n') + '\0' + std::string(3, GuardedText::guard));
 
     put(offset, std::string("a name\0", 7));
-    GuardedBuffer shorter(length);
+    GuardedText shorter(length);
     EXPECT_EQ(get(information, shorter.get(), width), 0);
     shorter.expectContents("a name" + std::string(length - 6, '\0'));
 
     *at(offset) = 0;
-    GuardedBuffer empty(length);
+    GuardedText empty(length);
     EXPECT_EQ(get(information, empty.get(), width), 0);
     empty.expectContents(std::string(length, '\0'));
 }

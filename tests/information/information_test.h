@@ -50,9 +50,9 @@ struct FlagCase {
 };
 
 // A caller's buffer of 0x5A bytes between others of which none may change.
-class GuardedBuffer {
+class GuardedText {
   public:
-    explicit GuardedBuffer(size_t size) : size_(size), bytes_(size + 2 * guardSize, guard) {}
+    explicit GuardedText(size_t size) : size_(size), bytes_(size + 2 * guardSize, guard) {}
 
     char *get() { return bytes_.data() + guardSize; }
     std::string contents() const { return {bytes_.data() + guardSize, size_}; }

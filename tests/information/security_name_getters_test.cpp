@@ -46,7 +46,7 @@ class SecurityNameGettersTest : public InformationTest {
 TEST_F(SecurityNameGettersTest, MissingPointers) {
     for (const auto &name : nameCases) {
         SCOPED_TRACE(name.name);
-        GuardedBuffer buffer(20);
+        GuardedText buffer(20);
         resetStatus();
         EXPECT_EQ(name.get(nullptr, buffer.get(), 20), 2007);
         EXPECT_EQ(name.get(nullptr, nullptr, -1), 2007);
@@ -61,11 +61,11 @@ TEST_F(SecurityNameGettersTest, TerminatesTheBufferRatherThanTheName) {
     for (const auto &name : nameCases) {
         SCOPED_TRACE(name.name);
         std::string text = name.text;
-        GuardedBuffer buffer(text.size() + 4);
+        GuardedText buffer(text.size() + 4);
         resetStatus();
         EXPECT_EQ(name.get(information, buffer.get(), static_cast<int32_t>(text.size()) + 4), 0);
         EXPECT_EQ(status(), 0);
-        buffer.expectContents(text + std::string(3, GuardedBuffer::guard) + '\0');
+        buffer.expectContents(text + std::string(3, GuardedText::guard) + '\0');
     }
 }
 
@@ -73,7 +73,7 @@ TEST_F(SecurityNameGettersTest, ABufferOneByteLargerThanTheNameHoldsAllOfIt) {
     for (const auto &name : nameCases) {
         SCOPED_TRACE(name.name);
         std::string text = name.text;
-        GuardedBuffer buffer(text.size() + 1);
+        GuardedText buffer(text.size() + 1);
         EXPECT_EQ(name.get(information, buffer.get(), static_cast<int32_t>(text.size()) + 1), 0);
         buffer.expectContents(text + '\0');
     }
@@ -83,7 +83,7 @@ TEST_F(SecurityNameGettersTest, ABufferAsLargeAsTheNameLosesItsLastByte) {
     for (const auto &name : nameCases) {
         SCOPED_TRACE(name.name);
         std::string text = name.text;
-        GuardedBuffer buffer(text.size());
+        GuardedText buffer(text.size());
         EXPECT_EQ(name.get(information, buffer.get(), static_cast<int32_t>(text.size())), 0);
         text.back() = '\0';
         buffer.expectContents(text);
@@ -93,7 +93,7 @@ TEST_F(SecurityNameGettersTest, ABufferAsLargeAsTheNameLosesItsLastByte) {
 TEST_F(SecurityNameGettersTest, RefusesSmallerBuffers) {
     for (const auto &name : nameCases) {
         SCOPED_TRACE(name.name);
-        GuardedBuffer buffer(20);
+        GuardedText buffer(20);
         int32_t length = static_cast<int32_t>(strlen(name.text));
         for (int32_t size : {length - 1, 0, -1, INT_MIN}) {
             resetStatus();
@@ -109,9 +109,9 @@ TEST_F(SecurityNameGettersTest, ANameWithATerminatorIsPaddedToItsLength) {
         SCOPED_TRACE(name.name);
         std::string text = name.text;
         *at(name.offset + 1) = 0;
-        GuardedBuffer buffer(text.size() + 2);
+        GuardedText buffer(text.size() + 2);
         EXPECT_EQ(name.get(information, buffer.get(), static_cast<int32_t>(text.size()) + 2), 0);
-        buffer.expectContents(text[0] + std::string(text.size() - 1, '\0') + GuardedBuffer::guard + '\0');
+        buffer.expectContents(text[0] + std::string(text.size() - 1, '\0') + GuardedText::guard + '\0');
     }
 }
 
@@ -119,7 +119,7 @@ TEST_F(SecurityNameGettersTest, AnEmptyNameFitsAnEmptyBuffer) {
     for (const auto &name : nameCases) {
         SCOPED_TRACE(name.name);
         setLength(name.lengthField, 0);
-        GuardedBuffer buffer(1);
+        GuardedText buffer(1);
         resetStatus();
         EXPECT_EQ(name.get(information, buffer.get(), 0), 0);
         EXPECT_EQ(status(), 0);
@@ -137,13 +137,13 @@ TEST_F(SecurityNameGettersTest, NamesMayReachTheEndOfTheReply) {
     for (size_t i = 2; i < 5; ++i)
         setLength(nameCases[i].lengthField, 0);
     put(securityEnd - 3, std::string("end"));
-    GuardedBuffer table(4), user(1);
+    GuardedText table(4), user(1);
     EXPECT_EQ(nameCases[1].get(information, table.get(), 4), 0);
     table.expectContents(std::string("end\0", 4));
     EXPECT_EQ(nameCases[4].get(information, user.get(), 1), 0);
     user.expectContents(std::string(1, '\0'));
 
-    GuardedBuffer database(65510);
+    GuardedText database(65510);
     EXPECT_EQ(nameCases[0].get(information, database.get(), 65510), 0);
     EXPECT_EQ(database.contents().substr(0, 5), "stock");
 }
@@ -151,7 +151,7 @@ TEST_F(SecurityNameGettersTest, NamesMayReachTheEndOfTheReply) {
 TEST_F(SecurityNameGettersTest, RefusesNamesBeyondTheEndOfTheReply) {
     setLength(nameCases[0].lengthField, 65535 - 22 - 3);
     setLength(nameCases[1].lengthField, 4);
-    GuardedBuffer buffer(70000);
+    GuardedText buffer(70000);
     for (size_t i = 1; i < 5; ++i) {
         SCOPED_TRACE(nameCases[i].name);
         resetStatus();

@@ -31,7 +31,7 @@ class SegmentFilesGettersTest : public InformationTest {
 
     void expectRefused(int32_t segmentNumber, int32_t size) {
         SCOPED_TRACE(segmentNumber);
-        GuardedBuffer buffer(20);
+        GuardedText buffer(20);
         resetStatus();
         EXPECT_EQ(VantrelFileInformationGetSegmentFileName(information, segmentNumber, buffer.get(), size),
                   2002);
@@ -41,7 +41,7 @@ class SegmentFilesGettersTest : public InformationTest {
 
     void expectName(int32_t segmentNumber, size_t size, const std::string &expected) {
         SCOPED_TRACE(segmentNumber);
-        GuardedBuffer buffer(size);
+        GuardedText buffer(size);
         resetStatus();
         EXPECT_EQ(VantrelFileInformationGetSegmentFileName(information, segmentNumber, buffer.get(),
                                                            static_cast<int32_t>(size)),
@@ -63,7 +63,7 @@ TEST_F(SegmentFilesGettersTest, SegmentCountLeavesTheFirstOneOut) {
 }
 
 TEST_F(SegmentFilesGettersTest, MissingPointers) {
-    GuardedBuffer buffer(20);
+    GuardedText buffer(20);
     EXPECT_EQ(VantrelFileInformationGetSegmentFileName(nullptr, 1, buffer.get(), 20), 2007);
     EXPECT_EQ(VantrelFileInformationGetSegmentFileName(nullptr, 0, nullptr, -1), 2007);
     EXPECT_EQ(status(), 7777);
