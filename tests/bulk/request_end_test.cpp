@@ -92,6 +92,16 @@ TEST_F(BulkRequestEndTest, PatternThatDoesNotFitIsRefused) {
     expectRefusal(22);
 }
 
+TEST_F(BulkRequestEndTest, CollationOfTermThatEndsWithTheAreaIsRefused) {
+    fillAllBut(9);
+    Filter last;
+    complete(last);
+    VantrelFilterSetACSName(last, "named");
+    add(last);
+    expectRefusal(22);
+    EXPECT_EQ(lastStatus(result.get()), 0);
+}
+
 TEST_F(BulkRequestEndTest, CollationNamesThatDoNotFitAreRefused) {
     fillAllBut(25);
     Filter last;
