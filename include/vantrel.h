@@ -23,17 +23,19 @@
  *    the engine pass through unchanged.
  * 4. Checks. Handles are checked first, then pointers, then enumerations and ranges; a function that refuses
  *    its arguments changes nothing else and makes no request. A null handle gives
- *    VANTREL_STATUS_INVALID_POINTER_PARAMETER, a null file VANTREL_STATUS_FILE_NOT_OPEN; neither can be kept.
- *    Any other null pointer that is not allowed, and a file without a client, give
- *    VANTREL_STATUS_INVALID_POINTER_PARAMETER, a value out of range VANTREL_STATUS_INVALID_OPTION. Sizes and
- *    counts are compared as unsigned numbers, so that negative ones are out of range.
+ *    VANTREL_STATUS_INVALID_POINTER_PARAMETER, kept nowhere; a null file VANTREL_STATUS_FILE_NOT_OPEN, kept
+ *    in the client where the function takes one too. Any other null pointer that is not allowed, and a file
+ *    without a client, give VANTREL_STATUS_INVALID_POINTER_PARAMETER, a value out of range
+ *    VANTREL_STATUS_INVALID_OPTION. Sizes and counts are compared as unsigned numbers, so that negative ones
+ *    are out of range.
  * 5. Getters. A getter returns the value and clears the last status of its handle to 0. Failing, it returns
  *    -1, or -7 where the value is an enumeration or an index, and keeps the reason as the last status.
  *    Functions that read a record return the number of bytes or -1. ...GetLastStatusCode returns the last
  *    status without clearing it.
  * 6. Text. Narrow text is zero-terminated and in the encoding of the file system. Functions ending in W take
  *    or give wide text, converted in the current locale (setlocale) through 4096 bytes: what does not fit
- *    them with its terminator gives VANTREL_STATUS_INVALID_OPTION.
+ *    them with its terminator gives VANTREL_STATUS_INVALID_OPTION. Those that take text check it before the
+ *    client.
  * 7. Numbers. Offsets count bytes from 0, lengths are bytes, enumerations are 32 bits wide. Numbers inside
  *    keys and records are the program's own bytes; the key types define their meaning.
  * 8. Threads. The library has no threads, locks or global state. A client, its files and every other handle
@@ -681,9 +683,10 @@ VANTREL_API VantrelStatus VantrelClientSetCurrentDirectoryW(VantrelClient *clien
 VANTREL_API VantrelStatus VantrelClientGetCurrentDirectory(VantrelClient *client, uint32_t drive,
                                                            char *buffer, int32_t bufferLength);
 
-/* The same in wide characters, of which the buffer holds bufferLength; the rest of it is filled with zeros. A
- * length that is not positive, which is checked first, gives VANTREL_STATUS_INVALID_OPTION, and so does a
- * directory that does not fit with its terminator: the buffer then holds its beginning, unterminated. */
+/* The same in wide characters, of which the buffer holds bufferLength. A length that is not positive, which
+ * is checked first, gives VANTREL_STATUS_INVALID_OPTION, and so does a directory that does not fit with its
+ * terminator: the buffer then holds its beginning, unterminated. A null buffer is refused last, after the
+ * request. */
 VANTREL_API VantrelStatus VantrelClientGetCurrentDirectoryW(VantrelClient *client, uint32_t drive,
                                                             wchar_t *buffer, int32_t bufferLength);
 
@@ -707,14 +710,20 @@ VANTREL_API VantrelStatus VantrelClientTransactionEnd(VantrelClient *client);
 VANTREL_API VantrelStatus VantrelClientTransactionAbort(VantrelClient *client);
 
 /* Log the session in to a database and out of it. The library hands the text on; the engine takes
- * vantrel://[user@][host]/[database][?option=value[&option=value...]] in both. */
+ * vantrel://[user@][host]/[database][?option=value[&option=value...]] in both.
+ *
+ * From the engine come VANTREL_STATUS_LOGIN_WRONG_UNIFORM_RESOURCE_INDICATOR_FORMAT for another text,
+ * VANTREL_STATUS_LOGIN_ALREADY_LOGGED_IN for a second login, VANTREL_STATUS_LOGIN_LOGOUT_FAILED for a logout
+ * without a login, and VANTREL_STATUS_OSTRAND_CANT_FIND_ENGINE for a host without an engine. */
 VANTREL_API VantrelStatus VantrelClientLogin(VantrelClient *client, const char *text);
 VANTREL_API VantrelStatus VantrelClientLoginW(VantrelClient *client, const wchar_t *text);
 VANTREL_API VantrelStatus VantrelClientLogout(VantrelClient *client, const char *text);
 VANTREL_API VantrelStatus VantrelClientLogoutW(VantrelClient *client, const wchar_t *text);
 
 /* Between begin and end, the named files do not change on disk while work on them goes on, so that any tool
- * can copy them. The paths are separated by commas. */
+ * can copy them. The paths are separated by commas. From the engine come VANTREL_STATUS_FILE_NOT_FOUND for a
+ * path that does not exist and VANTREL_STATUS_OPERATION_NOT_ALLOWED for a second begin or an end without
+ * one. */
 VANTREL_API VantrelStatus VantrelClientContinuousOperationBegin(VantrelClient *client, const char *paths);
 VANTREL_API VantrelStatus VantrelClientContinuousOperationBeginW(VantrelClient *client, const wchar_t *paths);
 VANTREL_API VantrelStatus VantrelClientContinuousOperationEnd(VantrelClient *client, const char *paths);
@@ -730,19 +739,27 @@ VANTREL_API VantrelStatus VantrelClientContinuousOperationEndW(VantrelClient *cl
  *
  * A null client, file name or out pointer gives VANTREL_STATUS_INVALID_POINTER_PARAMETER; a mode or variant
  * that does not exist VANTREL_STATUS_INVALID_OPTION: the out pointer is untouched by both. Any failure after
- * them, VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE or a status of the engine, makes it null. */
+ * them, VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE or a status of the engine, makes it null.
+ *
+ * From the engine come VANTREL_STATUS_FILE_NAME_BAD for a name that is empty or too long,
+ * VANTREL_STATUS_FILE_NOT_FOUND, VANTREL_STATUS_NOT_A_VANTREL_FILE, VANTREL_STATUS_INVALID_OWNER where the
+ * owner name is missing or wrong, VANTREL_STATUS_FILE_IN_USE where another session has the file exclusively
+ * or an exclusive open finds it open, VANTREL_STATUS_PERMISSION_ERROR without the right to it, and
+ * VANTREL_STATUS_OSTRAND_CANT_FIND_ENGINE for VANTREL_OPEN_VARIANT_REMOTE without a server. Through a handle
+ * opened read-only, every change gives VANTREL_STATUS_ACCESS_TO_FILE_DENIED. */
 VANTREL_API VantrelStatus VantrelClientFileOpen(VantrelClient *client, VantrelFile **file,
                                                 const char *fileName, const char *ownerName,
                                                 VantrelOpenMode openMode, VantrelOpenVariant openVariant);
 
-/* The same with a wide file name, which is checked before all else; the owner name stays narrow. */
+/* The same with a wide file name; the owner name stays narrow. */
 VANTREL_API VantrelStatus VantrelClientFileOpenW(VantrelClient *client, VantrelFile **file,
                                                  const wchar_t *fileName, const char *ownerName,
                                                  VantrelOpenMode openMode, VantrelOpenVariant openVariant);
 
 /* Closes the file through the client that opened it and frees the handle. Any status but 0 leaves both: null
  * gives VANTREL_STATUS_FILE_NOT_OPEN, a file without a client VANTREL_STATUS_INVALID_POINTER_PARAMETER, the
- * file of another client VANTREL_STATUS_INVALID_OPTION. */
+ * file of another client VANTREL_STATUS_INVALID_OPTION. A null client counts as another one; nothing is then
+ * kept. */
 VANTREL_API VantrelStatus VantrelClientFileClose(VantrelClient *client, VantrelFile *file);
 
 /* The status of the last operation on the file, which stays; VANTREL_STATUS_FILE_NOT_OPEN for null. */
@@ -751,7 +768,8 @@ VANTREL_API VantrelStatus VantrelFileGetLastStatusCode(const VantrelFile *file);
 /* FILE DELETE AND RENAME
  *
  * By name, while nobody has the file open. Statuses are kept in the client; a null client or name gives
- * VANTREL_STATUS_INVALID_POINTER_PARAMETER. */
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER. From the engine come VANTREL_STATUS_FILE_NOT_FOUND, and
+ * VANTREL_STATUS_FILE_IN_USE while anybody has the file open. */
 
 /* Deletes the file. */
 VANTREL_API VantrelStatus VantrelClientFileDelete(VantrelClient *client, const char *fileName);
@@ -1019,7 +1037,8 @@ VANTREL_API VantrelStatus VantrelFileIndexDrop(VantrelFile *file, VantrelIndex i
  * there, whatever read it was. */
 
 /* Inserts the record, recordLength bytes long (0 to 65535). A field of an autoincrement index that is zero
- * receives its value in the caller's record as well.
+ * receives its value in the caller's record as well. A null record with a length above 0 goes to the engine
+ * unchecked.
  *
  * Returns and keeps in the file VANTREL_STATUS_INVALID_OPTION for a longer record; from the engine
  * VANTREL_STATUS_DUPLICATE_KEY_VALUE where an index without duplicates has the key already and
@@ -1032,18 +1051,23 @@ VANTREL_API VantrelStatus VantrelFileRecordCreate(VantrelFile *file, void *recor
  * comparison is VANTREL_COMPARISON_EQUAL, _GREATER, _LESS, _GREATER_OR_EQUAL or _LESS_OR_EQUAL; index is an
  * index of the file, handed to the engine unchecked. key holds the value looked for and receives the value
  * found: keyLength bytes (0 or more), of which the first 1024 take part. record receives at most recordSize
- * bytes (0 to 65535); with a null record, the size 0 and no lock mode, the key alone is read.
+ * bytes (0 to 65535); with a null record, the size 0 and no lock mode, the key alone is read. A null record
+ * with a size above 0 goes to the engine unchecked.
  *
  * Returns the number of bytes in the record (0 where the key alone was read), or -1. Keeps in the file 0;
  * VANTREL_STATUS_DATA_LENGTH_ERROR where the record was cut to the size, which is no failure: its number of
- * bytes is returned; VANTREL_STATUS_KEY_VALUE_NOT_FOUND or VANTREL_STATUS_END_OF_FILE where there is no such
- * key; VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null key; VANTREL_STATUS_INVALID_OPTION for another
+ * bytes is returned; VANTREL_STATUS_KEY_VALUE_NOT_FOUND (_EQUAL) or VANTREL_STATUS_END_OF_FILE (the others)
+ * where there is no such key; VANTREL_STATUS_INVALID_INDEX_NUMBER for an index that the file does not have;
+ * VANTREL_STATUS_KEY_BUFFER_TOO_SHORT for a keyLength below the length of its key;
+ * VANTREL_STATUS_RECORD_IN_USE where another session has locked the record;
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null key; VANTREL_STATUS_INVALID_OPTION for another
  * comparison, size, key length or lock mode, or for a lock on a key alone. A null file gives -1. */
 VANTREL_API int32_t VantrelFileRecordRetrieve(VantrelFile *file, VantrelComparison comparison,
                                               VantrelIndex index, void *key, int32_t keyLength, void *record,
                                               int32_t recordSize, VantrelLockMode lockMode);
 
-/* Replaces the current record by recordLength bytes (0 to 65535); the place of next and previous stays.
+/* Replaces the current record by recordLength bytes (0 to 65535); the place of next and previous stays. A
+ * null record with a length above 0 goes to the engine unchecked.
  *
  * Returns and keeps in the file VANTREL_STATUS_INVALID_OPTION for a longer record; from the engine
  * VANTREL_STATUS_POSITION_NOT_SET without a current record, VANTREL_STATUS_CONFLICT where another session
@@ -1062,10 +1086,17 @@ VANTREL_API VantrelStatus VantrelFileRecordDelete(VantrelFile *file);
  * key receives the value, keyLength bytes (0 or more) of which the first 1024 take part. It is read as well:
  * for next and previous it must still hold the value that the call before gave.
  *
+ * The index goes to the engine unchecked. There is no form for the physical order: first and last send
+ * VANTREL_INDEX_NONE as it is, and so do next and previous after a read in physical order or right after
+ * opening.
+ *
  * Return and keep in the file VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null key;
  * VANTREL_STATUS_INVALID_OPTION for a negative length, and for a comparison that VantrelFileRecordRetrieve
  * does not know, where the value returned is -1; from the engine VANTREL_STATUS_KEY_VALUE_NOT_FOUND or
- * VANTREL_STATUS_END_OF_FILE where there is no such key. */
+ * VANTREL_STATUS_END_OF_FILE where there is no such key, VANTREL_STATUS_INVALID_INDEX_NUMBER for an index
+ * that the file does not have (first and last: VANTREL_INDEX_NONE too), VANTREL_STATUS_KEY_BUFFER_TOO_SHORT
+ * for a search with too short a key, and for next and previous VANTREL_STATUS_DIFFERENT_INDEX_NUMBER and
+ * VANTREL_STATUS_POSITION_NOT_SET (VANTREL_INDEX_NONE too), as VantrelFileRecordRetrieveNext explains. */
 VANTREL_API VantrelStatus VantrelFileKeyRetrieve(VantrelFile *file, VantrelComparison comparison,
                                                  VantrelIndex index, void *key, int32_t keyLength);
 VANTREL_API VantrelStatus VantrelFileKeyRetrieveFirst(VantrelFile *file, VantrelIndex index, void *key,
@@ -1085,12 +1116,14 @@ VANTREL_API VantrelStatus VantrelFileKeyRetrievePrevious(VantrelFile *file, void
  *
  * key may be null; otherwise it is read and receives the record's key, keyLength bytes (0 or more) of which
  * the first 1024 take part. record receives at most recordSize bytes (0 to 65535); with a null record, the
- * size 0 and no lock mode, the key alone is read.
+ * size 0 and no lock mode, the key alone is read. A null record with a size above 0 goes to the engine
+ * unchecked.
  *
- * Return the number of bytes in the record, or -1. Keep in the file 0; VANTREL_STATUS_DATA_LENGTH_ERROR
- * where the record was cut to the size, which is no failure; VANTREL_STATUS_END_OF_FILE in an empty order;
- * VANTREL_STATUS_INVALID_OPTION for a size, key length or lock mode out of range or a lock on a key alone. A
- * null file gives -1. */
+ * Return the number of bytes in the record, or -1. Keep in the file 0; VANTREL_STATUS_DATA_LENGTH_ERROR where
+ * the record was cut to the size, which is no failure; VANTREL_STATUS_END_OF_FILE in an empty order;
+ * VANTREL_STATUS_INVALID_INDEX_NUMBER for an index that the file does not have; VANTREL_STATUS_RECORD_IN_USE
+ * where another session has locked the record; VANTREL_STATUS_INVALID_OPTION for a size, key length or lock
+ * mode out of range or a lock on a key alone. A null file gives -1. */
 VANTREL_API int32_t VantrelFileRecordRetrieveFirst(VantrelFile *file, VantrelIndex index, void *key,
                                                    int32_t keyLength, void *record, int32_t recordSize,
                                                    VantrelLockMode lockMode);
@@ -1098,9 +1131,12 @@ VANTREL_API int32_t VantrelFileRecordRetrieveLast(VantrelFile *file, VantrelInde
                                                   int32_t keyLength, void *record, int32_t recordSize,
                                                   VantrelLockMode lockMode);
 
-/* Read the next or previous record in the order used last, with arguments and results as above;
- * VANTREL_STATUS_END_OF_FILE past either end. With a null key they go on from the key found last; a key
- * given must still hold the value that the call before gave. */
+/* Read the next or previous record in the order used last, with arguments and results as above. With a null
+ * key they go on from the key found last; a key given must still hold the value that the call before gave.
+ *
+ * VANTREL_STATUS_END_OF_FILE is past either end; VANTREL_STATUS_POSITION_NOT_SET is no place to go on from,
+ * as right after opening, where no order has been used; VANTREL_STATUS_DIFFERENT_INDEX_NUMBER is a place in
+ * another index than the one named last, as after VantrelFileGetPercentage in another index. */
 VANTREL_API int32_t VantrelFileRecordRetrieveNext(VantrelFile *file, void *key, int32_t keyLength,
                                                   void *record, int32_t recordSize, VantrelLockMode lockMode);
 VANTREL_API int32_t VantrelFileRecordRetrievePrevious(VantrelFile *file, void *key, int32_t keyLength,
@@ -1121,9 +1157,9 @@ VANTREL_API VantrelCursorPosition VantrelFileGetCursorPosition(VantrelFile *file
  *
  * Returns the number of bytes in the record, or -1. Keeps in the file 0; VANTREL_STATUS_DATA_LENGTH_ERROR
  * where the record was cut to the size, which is no failure; VANTREL_STATUS_INVALID_RECORD_ADDRESS where
- * there is no record; VANTREL_STATUS_INVALID_OPTION for an index, size, key length or lock mode out of
- * range; VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null record of another size than 0. A null file
- * gives -1. */
+ * there is no record; VANTREL_STATUS_NULL_KEY_PATH where the index leaves the record out, since its key is
+ * null; VANTREL_STATUS_INVALID_OPTION for an index, size, key length or lock mode out of range;
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null record of another size than 0. A null file gives -1. */
 VANTREL_API int32_t VantrelFileRecordRetrieveByCursorPosition(VantrelFile *file, VantrelIndex index,
                                                               VantrelCursorPosition cursorPosition, void *key,
                                                               int32_t keyLength, void *record,
@@ -1137,14 +1173,15 @@ VANTREL_API int32_t VantrelFileRecordRetrieveByCursorPosition(VantrelFile *file,
  * size, one request each. */
 
 /* Reads a range of the current record: length bytes, but no more than bufferSize, into the buffer; fewer
- * where the record ends before.
+ * where the record ends before. A null buffer goes to the engine unchecked.
  *
  * Returns the number of bytes read, or -1. Only the status kept in the file tells whether the engine failed:
- * 0 for success; VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG past the end of the record; without a current record
- * -1 with VANTREL_STATUS_POSITION_NOT_SET. VANTREL_STATUS_INVALID_OPTION, with -1, is kept for an offset
- * below -1, a negative length or size and an unknown lock mode. Where a piece of a long range comes up
- * short, the number of bytes in that piece alone is returned, unless it is the last. A null file gives
- * -1. */
+ * 0 for success; VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG for a start behind the end of the record;
+ * VANTREL_STATUS_CHUNK_CANNOT_GET_NEXT for the offset -1 without a chunk operation on the record before;
+ * without a current record -1 with VANTREL_STATUS_POSITION_NOT_SET. VANTREL_STATUS_INVALID_OPTION, with -1,
+ * is kept for an offset below -1, a negative length or size and an unknown lock mode. Where a piece of a long
+ * range comes up short, the number of bytes in that piece alone is returned, unless it is the last. A null
+ * file gives -1. */
 VANTREL_API int32_t VantrelFileRecordRetrieveChunk(VantrelFile *file, int32_t offset, int32_t length,
                                                    void *buffer, int32_t bufferSize,
                                                    VantrelLockMode lockMode);
@@ -1154,7 +1191,8 @@ VANTREL_API int32_t VantrelFileRecordRetrieveChunk(VantrelFile *file, int32_t of
  * engine unchecked.
  *
  * Return and keep in the file VANTREL_STATUS_INVALID_OPTION for an offset below -1 or a negative length;
- * from the engine VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG past the end of the record,
+ * from the engine VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG for a start behind the end of the record,
+ * VANTREL_STATUS_CHUNK_CANNOT_GET_NEXT for the offset -1 without a chunk operation on the record before,
  * VANTREL_STATUS_CHUNK_OFFSET_TOO_SMALL for inserting or deleting in its fixed part and
  * VANTREL_STATUS_CHUNK_INCOMPATIBLE_FILE where records have a fixed length. A long range that fails ends
  * there: the pieces before have been changed. */

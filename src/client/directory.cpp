@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdlib>
 
 #include "client/request.h"
@@ -10,6 +11,18 @@ namespace {
 // Drives are counted from 1 by the engine, and its 0 is the current one.
 constexpr int32_t keyNumberOfDrive(uint32_t drive) {
     return drive == VANTREL_DRIVE_CURRENT ? 0 : static_cast<int32_t>(drive) + 1;
+}
+
+// False where the text and its terminator need more than `size` characters. A text that cannot be converted
+// in whole gives its beginning.
+bool widenText(const char *text, wchar_t *buffer, size_t size) {
+    buffer[size - 1] = L'\0';
+    if (mbstowcs(buffer, text, size) == static_cast<size_t>(-1)) {
+        // What was converted has no terminator yet.
+        std::fill_n(buffer, size, L'\0');
+        mbstowcs(buffer, text, size);
+    }
+    return buffer[size - 1] == L'\0';
 }
 
 }  // namespace
@@ -42,16 +55,13 @@ VantrelStatus VantrelClientGetCurrentDirectoryW(VantrelClient *client, uint32_t 
                                                 int32_t bufferLength) {
     if (bufferLength <= 0)
         return keepStatusIfPresent(client, VANTREL_STATUS_INVALID_OPTION);
-    if (buffer == nullptr)
-        return keepStatusIfPresent(client, VANTREL_STATUS_INVALID_POINTER_PARAMETER);
     // One byte more than the engine is offered, so that the text is terminated whatever it writes.
     char directory[narrowTextSize + 1] = {};
     VantrelStatus status = VantrelClientGetCurrentDirectory(client, drive, directory, narrowTextSize);
     if (status != VANTREL_STATUS_NO_ERROR)
         return status;
-    auto size = static_cast<size_t>(bufferLength);
-    wmemset(buffer, L'\0', size);
-    mbstowcs(buffer, directory, size);
-    return keepStatus(client,
-                      buffer[size - 1] == L'\0' ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_INVALID_OPTION);
+    if (buffer == nullptr)
+        return keepStatus(client, VANTREL_STATUS_INVALID_POINTER_PARAMETER);
+    bool fits = widenText(directory, buffer, static_cast<size_t>(bufferLength));
+    return keepStatus(client, fits ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_INVALID_OPTION);
 }

@@ -115,6 +115,12 @@ TEST_F(WideDirectoryTest, TextAndTerminatorMayFillTheBuffer) {
     EXPECT_EQ(std::wstring(buffer, 10), std::wstring(L"/data\0####", 10));
 }
 
+TEST_F(WideDirectoryTest, ZeroesTheLastCharacterAndLeavesThoseBetween) {
+    replyDirectory("/data");
+    EXPECT_EQ(VantrelClientGetCurrentDirectoryW(client, 26, buffer, 10), 0);
+    EXPECT_EQ(std::wstring(buffer, 10), std::wstring(L"/data\0###\0", 10));
+}
+
 TEST_F(WideDirectoryTest, CutsATextThatDoesNotFit) {
     replyDirectory("/data");
     EXPECT_EQ(VantrelClientGetCurrentDirectoryW(client, 26, buffer, 5), 2002);
@@ -142,9 +148,21 @@ TEST_F(WideDirectoryTest, RefusesALengthThatIsNotPositiveBeforeAllElse) {
     EXPECT_TRUE(engine.calls().empty());
 }
 
-TEST_F(WideDirectoryTest, RefusesMissingPointersBeforeTheDrive) {
-    EXPECT_EQ(VantrelClientGetCurrentDirectoryW(client, 27, nullptr, 10), 2007);
+TEST_F(WideDirectoryTest, RefusesAMissingBufferAfterTheDirectoryCame) {
+    EXPECT_EQ(VantrelClientGetCurrentDirectoryW(client, 27, nullptr, 10), 2002);
+    EXPECT_EQ(lastStatus(client), 2002);
+    EXPECT_TRUE(engine.calls().empty());
+    engine.reply({.status = 35});
+    EXPECT_EQ(VantrelClientGetCurrentDirectoryW(client, 26, nullptr, 10), 35);
+    EXPECT_EQ(lastStatus(client), 35);
+    engine.reset();
+    replyDirectory("/data");
+    EXPECT_EQ(VantrelClientGetCurrentDirectoryW(client, 26, nullptr, 10), 2007);
     EXPECT_EQ(lastStatus(client), 2007);
+    EXPECT_EQ(engine.onlyCall().operation, 18u);
+}
+
+TEST_F(WideDirectoryTest, RefusesAMissingClientBeforeTheDrive) {
     EXPECT_EQ(VantrelClientGetCurrentDirectoryW(nullptr, 27, buffer, 10), 2007);
     EXPECT_EQ(VantrelClientGetCurrentDirectoryW(nullptr, 27, nullptr, 10), 2007);
     EXPECT_TRUE(engine.calls().empty());
@@ -170,7 +188,16 @@ TEST_F(WideDirectoryTest, AnUnconvertibleByteEndsTheText) {
     ASSERT_NE(setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
     replyDirectory("/d\xFFta");
     EXPECT_EQ(VantrelClientGetCurrentDirectoryW(client, 26, buffer, 10), 0);
-    EXPECT_STREQ(buffer, L"/d");
+    EXPECT_EQ(lastStatus(client), 0);
+    EXPECT_EQ(std::wstring(buffer, 10), std::wstring(L"/d\0\0\0\0\0\0\0\0", 10));
+}
+
+TEST_F(WideDirectoryTest, AnUnconvertibleByteBehindTheBufferDoesNotMatter) {
+    ASSERT_NE(setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+    replyDirectory("/d\xFFta");
+    EXPECT_EQ(VantrelClientGetCurrentDirectoryW(client, 26, buffer, 2), 2002);
+    EXPECT_EQ(lastStatus(client), 2002);
+    EXPECT_EQ(std::wstring(buffer, 10), L"/d########");
 }
 
 }  // namespace

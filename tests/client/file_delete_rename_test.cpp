@@ -1,3 +1,6 @@
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <clocale>
 
 #include "client/expected_call.h"
@@ -70,6 +73,17 @@ TEST_F(FileRenameTest, RefusesAWideNameOf4096Bytes) {
         EXPECT_EQ(VantrelClientFileRenameW(nullptr, existingName, newName), 2002);
     }
     EXPECT_TRUE(engine.calls().empty());
+}
+
+TEST_F(FileRenameTest, LeavesTheSecondWideNameUnreadWhereTheFirstIsTooLong) {
+    auto pageSize = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    void *page = mmap(nullptr, pageSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(page, MAP_FAILED);
+    std::wstring tooLong(4096, L'x');
+    EXPECT_EQ(VantrelClientFileRenameW(client, tooLong.c_str(), static_cast<const wchar_t *>(page)), 2002);
+    EXPECT_EQ(lastStatus(client), 2002);
+    EXPECT_TRUE(engine.calls().empty());
+    munmap(page, pageSize);
 }
 
 TEST_F(FileRenameTest, AMissingWideNameCountsBeforeOneTooLong) {

@@ -20,6 +20,18 @@ class VersionTest : public FileTest {
 
     VantrelStatus versionStatus() const { return VantrelVersionGetLastStatusCode(version); }
 
+    void expectVersionCall(const EngineCall &call, const VantrelVersion *data,
+                           const VantrelFile *through) const {
+        EXPECT_EQ(call.operation, 26u);
+        EXPECT_EQ(call.positionBlock, through);
+        EXPECT_EQ(call.data, data);
+        EXPECT_EQ(call.dataLength, 19u);
+        EXPECT_EQ(call.key, nullptr);
+        EXPECT_EQ(call.keyLength, 0);
+        EXPECT_EQ(call.keyNumber, 0);
+        EXPECT_EQ(call.clientIdentifier, client);
+    }
+
     VantrelVersion *version = nullptr;
 };
 
@@ -46,27 +58,25 @@ TEST_F(VersionTest, OffersTheWholeRecordToTheEngine) {
     EXPECT_EQ(VantrelClientGetVersion(client, version, nullptr), 20);
     EXPECT_EQ(lastStatus(client), 20);
     EXPECT_EQ(versionStatus(), untouchedStatus);
-
-    const EngineCall &call = engine.onlyCall();
-    EXPECT_EQ(call.operation, 26u);
-    EXPECT_EQ(call.positionBlock, nullptr);
-    EXPECT_EQ(call.data, version);
-    EXPECT_EQ(call.dataLength, 19u);
-    EXPECT_EQ(call.key, nullptr);
-    EXPECT_EQ(call.keyLength, 0);
-    EXPECT_EQ(call.keyNumber, 0);
-    EXPECT_EQ(call.clientIdentifier, client);
+    expectVersionCall(engine.onlyCall(), version, nullptr);
 }
 
 TEST_F(VersionTest, AsksThroughAFileOfTheClient) {
     EXPECT_EQ(VantrelClientGetVersion(client, version, file), 0);
     EXPECT_EQ(lastStatus(client), 0);
     EXPECT_EQ(fileStatus(), untouchedStatus);
-    EXPECT_EQ(engine.onlyCall().operation, 26u);
-    EXPECT_EQ(engine.onlyCall().positionBlock, file);
-    EXPECT_EQ(engine.onlyCall().data, version);
-    EXPECT_EQ(engine.onlyCall().dataLength, 19u);
-    EXPECT_EQ(engine.onlyCall().clientIdentifier, client);
+    expectVersionCall(engine.onlyCall(), version, file);
+}
+
+TEST_F(VersionTest, LeavesAMissingRecordToTheEngine) {
+    for (VantrelFile *through : {static_cast<VantrelFile *>(nullptr), file}) {
+        engine.reset();
+        engine.reply({.status = 22, .dataLength = 0});
+        EXPECT_EQ(VantrelClientGetVersion(client, nullptr, through), 22);
+        EXPECT_EQ(lastStatus(client), 22);
+        EXPECT_EQ(fileStatus(), untouchedStatus);
+        expectVersionCall(engine.onlyCall(), nullptr, through);
+    }
 }
 
 TEST_F(VersionTest, RefusesFilesOfOthers) {

@@ -62,6 +62,14 @@ TEST_F(ChunkRetrieveTest, AMissingPositionEndsTheReadAndIsSaved) {
     EXPECT_EQ(loadI64(file->savedCursorPosition), -1);
 }
 
+TEST_F(ChunkRetrieveTest, APositionOfMinusOneEndsTheReadWithSuccess) {
+    engine.reply({.data = Bytes(8, 0xFF)});
+    EXPECT_EQ(VantrelFileRecordRetrieveChunk(file, 0, 100, bytes, 100, 0), -1);
+    EXPECT_EQ(fileStatus(), 0);
+    expectCall(engine.onlyCall(), 22, 0);
+    EXPECT_EQ(loadI64(file->savedCursorPosition), -1);
+}
+
 TEST_F(ChunkRetrieveTest, TheStatusIsInternalErrorUntilTheEngineAnswers) {
     VantrelStatus duringTheCall = -1;
     engine.reply({.effect = [&](const EngineCall &) { duringTheCall = fileStatus(); }});

@@ -159,6 +159,16 @@ TEST_P(DirectReadTest, ACutRecordStillHasALength) {
     EXPECT_EQ(fileStatus(), 22);
 }
 
+TEST_P(DirectReadTest, ALengthAboveTheSizeIsReportedAsTheEngineGivesIt) {
+    for (int32_t status : {0, 22}) {
+        engine.reset();
+        engine.reply({.status = status, .dataLength = 100});
+        EXPECT_EQ(read(), 100);
+        EXPECT_EQ(fileStatus(), status);
+        expectData(engine.onlyCall(), record, 8);
+    }
+}
+
 TEST_P(DirectReadTest, OtherStatusesOfTheEngineAreFailures) {
     for (int32_t status : {4, 9, 21, 23, 84, -1}) {
         engine.reset();
