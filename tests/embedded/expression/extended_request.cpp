@@ -1,5 +1,7 @@
 #include "embedded/expression/extended_request.h"
 
+#include <algorithm>
+
 namespace vantrel::test {
 
 namespace {
@@ -12,9 +14,10 @@ std::string byte(uint8_t value) {
     return std::string(1, static_cast<char>(value));
 }
 
-std::string padded(std::string name, size_t size) {
-    name.resize(size);
-    return name;
+std::string padded(const std::string &name, size_t size) {
+    std::string field(size, '\0');
+    field.replace(0, std::min(size, name.size()), name, 0, size);
+    return field;
 }
 
 EntryFields operationEntry(uint16_t type, const char *code) {
