@@ -294,8 +294,13 @@ TEST_F(ChunkTest, ARecordOf300MegabytesTakesNoMemory) {
     EXPECT_EQ(read(4 + 1099 * pieceLength, 4), u32(1199));
     ASSERT_EQ(truncate(truncateCode, 4 + 10 * pieceLength), 0);
     EXPECT_EQ(read(10 * pieceLength, 100), u32(9));
-    // The page cache has a fixed budget; the record is more than twice as large.
+    // The page cache has a fixed budget; the record is more than twice as large. The address sanitizer keeps
+    // freed memory.
+#if !defined(__SANITIZE_ADDRESS__)
     EXPECT_LT(residentKiB() - before, 130 * 1024);
+#else
+    (void)before;
+#endif
 }
 
 }  // namespace
