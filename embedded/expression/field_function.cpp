@@ -5,8 +5,8 @@
 #include <cstring>
 #include <limits>
 
-#include "embedded/expression/little_endian.h"
 #include "embedded/key/encoding.h"
+#include "embedded/key/little_endian.h"
 
 namespace vantrel::embedded {
 

@@ -1,7 +1,7 @@
 #include "embedded/expression/value_order.h"
 
-#include "embedded/expression/little_endian.h"
 #include "embedded/key/encoding.h"
+#include "embedded/key/little_endian.h"
 
 namespace vantrel::embedded {
 

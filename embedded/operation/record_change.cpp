@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ctime>
 
+#include "embedded/key/little_endian.h"
 #include "embedded/operation/record_key.h"
 #include "engine/bytes.h"
 #include "vantrel.h"
@@ -25,18 +26,6 @@ uint64_t nextTime(uint64_t lastTime) {
 
 bool isZero(ByteView bytes) {
     return bytes.find_first_not_of('\0') == ByteView::npos;
-}
-
-int64_t loadSigned(ByteView bytes) {
-    uint64_t value = static_cast<uint8_t>(bytes.back()) & 0x80 ? ~uint64_t{0} : 0;
-    for (size_t byte = bytes.size(); byte-- > 0;)
-        value = value << 8 | static_cast<uint8_t>(bytes[byte]);
-    return static_cast<int64_t>(value);
-}
-
-void storeUnsigned(char *bytes, size_t length, uint64_t value) {
-    for (size_t byte = 0; byte < length; ++byte, value >>= 8)
-        bytes[byte] = static_cast<char>(value);
 }
 
 // The highest value of an index whose first segment is the field, plus one.
@@ -104,8 +93,8 @@ void RecordChange::fillAutomaticFields(Bytes &record) {
             if (!(isAutoincrement || isAutoTimestamp) ||
                 !isZero(ByteView(record).substr(segment.offset, segment.length)))
                 continue;
-            storeUnsigned(record.data() + segment.offset, segment.length,
-                          isAutoincrement ? nextAutoincrement(storage_, index) : time_);
+            storeNumber(isAutoincrement ? nextAutoincrement(storage_, index) : time_,
+                        record.data() + segment.offset, segment.length);
         }
     }
 }

@@ -55,7 +55,6 @@ Position &Session::addPosition(OpenFile &file, void *block) {
     file.positions().insert(position.get());
     memcpy(block, position->block.data(), position->block.size());
     positions_[slot] = std::move(position);
-    ++positionCount_;
     return *positions_[slot];
 }
 
@@ -67,7 +66,6 @@ void Session::removePosition(Position &position) {
     if (position.isExclusive)
         file.lockFile().makeShared();
     positions_[loadU32(position.block.data() + slotOffset)].reset();
-    --positionCount_;
     removeFileIfUnused(file);
 }
 

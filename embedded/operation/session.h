@@ -45,7 +45,6 @@ class Session {
     // Opens a position on a file already or newly opened, and fills the block.
     Position &addPosition(OpenFile &file, void *block);
     void removePosition(Position &position);
-    bool hasPositions() const { return positionCount_ != 0; }
 
     // Null where the session has no file of that path open.
     OpenFile *findFile(const std::string &path);
@@ -75,7 +74,6 @@ class Session {
 
     std::map<std::string, std::unique_ptr<OpenFile>> files_;
     std::vector<std::unique_ptr<Position>> positions_;  // by slot, null where free
-    size_t positionCount_ = 0;
 };
 
 // The changes of one operation: a transaction of its own, or part of the session's. Leaving the scope

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "embedded/key/little_endian.h"
 #include "embedded/operation/operations.h"
 #include "embedded/operation/reply.h"
 #include "engine/bytes.h"
@@ -32,15 +33,10 @@ constexpr uint32_t usageReadOnly = 0x0004;
 constexpr uint32_t rightsToRead = 0x001;
 constexpr uint32_t allRights = 0x3FF;
 
-void append(Bytes &reply, uint64_t value, size_t size) {
-    for (size_t byte = 0; byte < size; ++byte, value >>= 8)
-        reply.push_back(static_cast<char>(value));
-}
-
 Bytes duplicateConflictReply(const Position &position) {
     Bytes reply;
-    append(reply, static_cast<uint64_t>(position.conflictAddress), 8);
-    append(reply, position.conflictIndex, 2);
+    appendNumber(reply, static_cast<uint64_t>(position.conflictAddress), 8);
+    appendNumber(reply, position.conflictIndex, 2);
     return reply;
 }
 
@@ -54,12 +50,12 @@ Bytes systemDataReply(const FileDefinition &definition) {
             logIndex = &index;
     }
     Bytes reply;
-    append(reply, hasTimes, 1);
-    append(reply, hasTimes, 1);
-    append(reply, logIndex != nullptr, 1);
-    append(reply, logIndex != nullptr ? logIndex->number : 0, 1);
-    append(reply, hasTimes ? definition.systemIndexes.back().keyLength : 0, 2);
-    append(reply, definition.systemIndexes.size(), 2);
+    appendNumber(reply, hasTimes, 1);
+    appendNumber(reply, hasTimes, 1);
+    appendNumber(reply, logIndex != nullptr, 1);
+    appendNumber(reply, logIndex != nullptr ? logIndex->number : 0, 1);
+    appendNumber(reply, hasTimes ? definition.systemIndexes.back().keyLength : 0, 2);
+    appendNumber(reply, definition.systemIndexes.size(), 2);
     return reply;
 }
 
@@ -81,12 +77,12 @@ Bytes fileUsageReply(Session &session, Position &position) {
                      (session.insideTransaction() ? usageTransactions : 0) |
                      (position.isReadOnly ? usageReadOnly : 0);
     Bytes reply;
-    append(reply, fileIdentifier(file.path()), 4);
-    append(reply, handleCount, 4);
-    append(reply, file.openTime(), 4);
-    append(reply, handleCount, 4);
-    append(reply, flags, 2);
-    append(reply, 0, 2);
+    appendNumber(reply, fileIdentifier(file.path()), 4);
+    appendNumber(reply, handleCount, 4);
+    appendNumber(reply, file.openTime(), 4);
+    appendNumber(reply, handleCount, 4);
+    appendNumber(reply, flags, 2);
+    appendNumber(reply, 0, 2);
     return reply;
 }
 
@@ -98,9 +94,9 @@ Bytes securityReply(const Session &session, const Position &position) {
     const std::string *names[] = {&session.login.database, &table, &session.login.user,
                                   &session.login.database, &session.login.user};
     Bytes reply(8, '\0');
-    append(reply, position.isReadOnly ? rightsToRead : allRights, 4);
+    appendNumber(reply, position.isReadOnly ? rightsToRead : allRights, 4);
     for (const std::string *name : names)
-        append(reply, name->size() + 1, 2);
+        appendNumber(reply, name->size() + 1, 2);
     for (const std::string *name : names)
         reply.append(name->c_str(), name->size() + 1);
     return reply;
@@ -110,9 +106,9 @@ Bytes securityReply(const Session &session, const Position &position) {
 // paths with their terminators.
 Bytes segmentFilesReply(const std::string &path) {
     Bytes reply;
-    append(reply, 2, 4);
-    append(reply, 1, 4);
-    append(reply, path.size() + 1, 4);
+    appendNumber(reply, 2, 4);
+    appendNumber(reply, 1, 4);
+    appendNumber(reply, path.size() + 1, 4);
     reply.append(path.c_str(), path.size() + 1);
     return reply;
 }

@@ -158,9 +158,9 @@ SqliteStorage::IndexStatements &SqliteStorage::statementsOf(uint8_t index) {
     return indexes_[index];
 }
 
-Statement &SqliteStorage::prepared(Statement &statement, const char *sql) {
+Statement &SqliteStorage::prepared(Statement &statement, const char *head, const char *tail) {
     if (!statement)
-        statement = database_.prepare(sql);
+        statement = database_.prepare((std::string(head) + tail).c_str());
     return statement;
 }
 
@@ -176,17 +176,15 @@ Statement &SqliteStorage::prepared(Statement &statement, uint8_t index, const ch
     return statement;
 }
 
-bool SqliteStorage::advance(Scan &scan, StoredEntry *found) {
+bool SqliteStorage::advance(Scan &scan, StoredRecord *found) {
     scan.onRow = false;
     if (!scan.statement.step()) {
         scan.statement.reset();
         return false;
     }
     scan.onRow = true;
-    takeRecord(scan.statement, &found->record);
-    found->key = scan.statement.bytes(keyColumn);
-    scan.key.assign(found->key);
-    scan.address = found->record.address;
+    takeRecord(scan.statement, found);
+    scan.address = found->address;
     return true;
 }
 
@@ -204,7 +202,11 @@ bool SqliteStorage::findEntry(uint8_t index, Direction direction, ByteView key, 
         scan.boundKey.assign(key);
         scan.statement.bind(1, ByteView(scan.boundKey)).bind(2, address);
     }
-    return advance(scan, found);
+    if (!advance(scan, &found->record))
+        return false;
+    found->key = scan.statement.bytes(keyColumn);
+    scan.key.assign(found->key);
+    return true;
 }
 
 bool SqliteStorage::findLastEntry(uint8_t index, StoredEntry *found) {
@@ -219,14 +221,6 @@ bool SqliteStorage::findLastEntry(uint8_t index, StoredEntry *found) {
     return true;
 }
 
-bool SqliteStorage::hasEntry(uint8_t index, ByteView key, int64_t address) {
-    beginReading();
-    StatementUse has(prepared(statementsOf(index).has, index, "SELECT 1 FROM index_%u ",
-                              "WHERE key = ?1 AND address = ?2"));
-    has->bind(1, key).bind(2, address);
-    return has->step();
-}
-
 int64_t SqliteStorage::firstAddress(uint8_t index, ByteView key) {
     beginReading();
     StatementUse first(prepared(statementsOf(index).first, index, "SELECT address FROM index_%u ",
@@ -237,8 +231,7 @@ int64_t SqliteStorage::firstAddress(uint8_t index, ByteView key) {
 
 bool SqliteStorage::readRecord(int64_t address, StoredRecord *found) {
     beginReading();
-    Statement &read = prepared(
-        readRecord_, "SELECT address, created, updated, length, data FROM record WHERE address = ?1");
+    Statement &read = prepared(readRecord_, recordColumns, "WHERE address = ?1");
     read.reset();
     if (!read.bind(1, address).step())
         return false;
@@ -251,23 +244,13 @@ bool SqliteStorage::findRecord(Direction direction, int64_t address, StoredRecor
     bool isForward = direction == Direction::forward;
     Scan &scan = isForward ? recordsForward_ : recordsBackward_;
     if (!scan.standsAt({}, address)) {
-        if (!scan.statement)
-            scan.statement = database_.prepare(
-                (std::string(recordColumns) + (isForward ? "WHERE address > ?1 ORDER BY address"
-                                                         : "WHERE address < ?1 ORDER BY address DESC"))
-                    .c_str());
+        prepared(
+            scan.statement, recordColumns,
+            isForward ? "WHERE address > ?1 ORDER BY address" : "WHERE address < ?1 ORDER BY address DESC");
         scan.statement.reset();
         scan.statement.bind(1, address);
     }
-    scan.onRow = false;
-    if (!scan.statement.step()) {
-        scan.statement.reset();
-        return false;
-    }
-    scan.onRow = true;
-    takeRecord(scan.statement, found);
-    scan.address = found->address;
-    return true;
+    return advance(scan, found);
 }
 
 void SqliteStorage::readTail(int64_t address, uint64_t offset, uint64_t length, char *target) {

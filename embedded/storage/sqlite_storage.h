@@ -21,7 +21,6 @@ class SqliteStorage final : public Storage {
     bool findEntry(uint8_t index, Direction direction, ByteView key, int64_t address,
                    StoredEntry *found) override;
     bool findLastEntry(uint8_t index, StoredEntry *found) override;
-    bool hasEntry(uint8_t index, ByteView key, int64_t address) override;
     int64_t firstAddress(uint8_t index, ByteView key) override;
     bool readRecord(int64_t address, StoredRecord *found) override;
     bool findRecord(Direction direction, int64_t address, StoredRecord *found) override;
@@ -69,7 +68,7 @@ class SqliteStorage final : public Storage {
     };
     struct IndexStatements {
         Scan forward, backward;
-        Statement last, has, first, insert, erase;
+        Statement last, first, insert, erase;
     };
 
     void beginReading();
@@ -81,9 +80,9 @@ class SqliteStorage final : public Storage {
     void endTransaction(const char *how);
     void shareCache();
     IndexStatements &statementsOf(uint8_t index);
-    Statement &prepared(Statement &statement, const char *sql);
+    Statement &prepared(Statement &statement, const char *head, const char *tail = "");
     Statement &prepared(Statement &statement, uint8_t index, const char *head, const char *tail);
-    bool advance(Scan &scan, StoredEntry *found);
+    bool advance(Scan &scan, StoredRecord *found);
 
     Database database_;
     WalIndex walIndex_;

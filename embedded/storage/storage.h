@@ -68,7 +68,6 @@ class Storage {
     virtual bool findEntry(uint8_t index, Direction direction, ByteView key, int64_t address,
                            StoredEntry *found) = 0;
     virtual bool findLastEntry(uint8_t index, StoredEntry *found) = 0;
-    virtual bool hasEntry(uint8_t index, ByteView key, int64_t address) = 0;
     // The lowest address under a key, 0 where there is none.
     virtual int64_t firstAddress(uint8_t index, ByteView key) = 0;
 

@@ -1,5 +1,5 @@
-#ifndef VANTREL_EMBEDDED_EXPRESSION_LITTLE_ENDIAN_H
-#define VANTREL_EMBEDDED_EXPRESSION_LITTLE_ENDIAN_H
+#ifndef VANTREL_EMBEDDED_KEY_LITTLE_ENDIAN_H
+#define VANTREL_EMBEDDED_KEY_LITTLE_ENDIAN_H
 
 #include <cstdint>
 
@@ -24,6 +24,11 @@ inline int64_t loadSigned(ByteView value) {
 inline void storeNumber(uint64_t number, char *bytes, size_t length) {
     for (size_t byte = 0; byte < length; ++byte, number >>= 8)
         bytes[byte] = static_cast<char>(number);
+}
+
+inline void appendNumber(Bytes &bytes, uint64_t number, size_t length) {
+    bytes.resize(bytes.size() + length);
+    storeNumber(number, bytes.data() + bytes.size() - length, length);
 }
 
 }  // namespace vantrel::embedded
