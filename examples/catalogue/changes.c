@@ -6,22 +6,6 @@
 #include "reading.h"
 #include "report.h"
 
-/* The number of packages in a section; -1 after a complaint. */
-static long countSection(Store *store, const char *section) {
-    long count = 0;
-    for (bool found = readSection(store, section); found && strcmp(lastRecord.fields.section, section) == 0;
-         found = readNext(store))
-        count++;
-    return readingWorks() ? count : -1;
-}
-
-static bool showSection(Store *store, const char *when, const char *section) {
-    long count = countSection(store, section);
-    if (count >= 0)
-        printf("  %-24s section %s has %ld packages\n", when, section, count);
-    return count >= 0;
-}
-
 static bool update(Store *store, const PackageRecord *record, int32_t length) {
     return VantrelFileRecordUpdate(store->file, record, (uint32_t)length) == VANTREL_STATUS_NO_ERROR ||
            complainOfFile(store, "cannot update a record of");

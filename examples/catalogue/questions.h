@@ -6,6 +6,12 @@
 /* Asks the file what it knows and prints the answers. */
 bool askQuestions(Store *store);
 
+/* Reads, inserts and deletes many records with one request each. */
+bool showBulk(Store *store);
+
+/* Makes a long record, changes it chunk by chunk and deletes it. */
+bool showLongRecord(Store *store);
+
 /* Changes a few records, shows what each change does and takes it back. */
 bool showChanges(Store *store);
 

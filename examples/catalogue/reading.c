@@ -1,6 +1,7 @@
 #include "reading.h"
 
 #include <stdio.h>
+#include <string.h>
 
 PackageRecord lastRecord;
 int32_t lastLength;
@@ -59,6 +60,21 @@ bool readSection(Store *store, const char *section) {
 
 bool readingWorks(void) {
     return lastLength >= 0;
+}
+
+long countSection(Store *store, const char *section) {
+    long count = 0;
+    for (bool found = readSection(store, section); found && strcmp(lastRecord.fields.section, section) == 0;
+         found = readNext(store))
+        count++;
+    return readingWorks() ? count : -1;
+}
+
+bool showSection(Store *store, const char *when, const char *section) {
+    long count = countSection(store, section);
+    if (count >= 0)
+        printf("  %-24s section %s has %ld packages\n", when, section, count);
+    return count >= 0;
 }
 
 void addRow(Table *table) {

@@ -24,6 +24,12 @@ bool readSection(Store *store, const char *section);
 /* Whether the last read found a record or none, and did not fail. */
 bool readingWorks(void);
 
+/* The number of packages in a section; -1 after a complaint. */
+long countSection(Store *store, const char *section);
+
+/* Prints that number. */
+bool showSection(Store *store, const char *when, const char *section);
+
 /* A few packages to be printed. */
 enum { TABLE_SIZE = 21 };
 typedef struct {
