@@ -35,7 +35,8 @@
  * 6. Text. Narrow text is zero-terminated and in the encoding of the file system. Functions ending in W take
  *    or give wide text, converted in the current locale (setlocale) through 4096 bytes: what does not fit
  *    them with its terminator gives VANTREL_STATUS_INVALID_OPTION. Those that take text check it before the
- *    client.
+ *    client. A character that the locale cannot express ends the text without a status: in the locale "C",
+ *    where a program starts, that is every one beyond ASCII.
  * 7. Numbers. Offsets count bytes from 0, lengths are bytes, enumerations are 32 bits wide. Numbers inside
  *    keys and records are the program's own bytes; the key types define their meaning.
  * 8. Threads. The library has no threads, locks or global state. A client, its files and every other handle
@@ -51,7 +52,7 @@
  *     VantrelFileAttributes *attributes;
  *     VantrelIndexAttributes *index;
  *     VantrelKeySegment *segment;
- *     char key[4] = {7, 0, 0, 0}, record[12];
+ *     char key[4] = {7, 0, 0, 0}, record[12], sprocket[] = "\7\0\0\0sprocket";
  *
  *     VantrelClientAllocate(&client, 0, 0);
  *     VantrelFileAttributesAllocate(&attributes);
@@ -66,7 +67,7 @@
  *                                                  VANTREL_OPEN_VARIANT_DEFAULT);
  *     if (status != VANTREL_STATUS_NO_ERROR)
  *         return fprintf(stderr, "parts.vnt: %s\n", VantrelStatusCodeToString(status));
- *     VantrelFileRecordCreate(file, "\7\0\0\0a sprocket", 12);
+ *     VantrelFileRecordCreate(file, sprocket, sizeof record);
  *     if (VantrelFileRecordRetrieve(file, VANTREL_COMPARISON_EQUAL, 0, key, sizeof key, record, sizeof record,
  *                                   VANTREL_LOCK_MODE_NONE) >= 0)
  *         printf("%.8s\n", record + 4);
@@ -685,8 +686,8 @@ VANTREL_API VantrelStatus VantrelClientGetCurrentDirectory(VantrelClient *client
 
 /* The same in wide characters, of which the buffer holds bufferLength. A length that is not positive, which
  * is checked first, gives VANTREL_STATUS_INVALID_OPTION, and so does a directory that does not fit with its
- * terminator: the buffer then holds its beginning, unterminated. A null buffer is refused last, after the
- * request. */
+ * terminator: the buffer then holds its beginning, unterminated. A byte that cannot be converted ends the
+ * text; the rest of the buffer is then zero. A null buffer is refused last, after the request. */
 VANTREL_API VantrelStatus VantrelClientGetCurrentDirectoryW(VantrelClient *client, uint32_t drive,
                                                             wchar_t *buffer, int32_t bufferLength);
 
@@ -744,7 +745,8 @@ VANTREL_API VantrelStatus VantrelClientContinuousOperationEndW(VantrelClient *cl
  * From the engine come VANTREL_STATUS_FILE_NAME_BAD for a name that is empty or too long,
  * VANTREL_STATUS_FILE_NOT_FOUND, VANTREL_STATUS_NOT_A_VANTREL_FILE, VANTREL_STATUS_INVALID_OWNER where the
  * owner name is missing or wrong, VANTREL_STATUS_FILE_IN_USE where another session has the file exclusively
- * or an exclusive open finds it open, VANTREL_STATUS_PERMISSION_ERROR without the right to it, and
+ * or an exclusive open finds it open, VANTREL_STATUS_PERMISSION_ERROR without the right to it,
+ * VANTREL_STATUS_INPUT_OUTPUT_ERROR for damage that VANTREL_OPEN_MODE_VERIFY or the opening itself meets, and
  * VANTREL_STATUS_OSTRAND_CANT_FIND_ENGINE for VANTREL_OPEN_VARIANT_REMOTE without a server. Through a handle
  * opened read-only, every change gives VANTREL_STATUS_ACCESS_TO_FILE_DENIED. */
 VANTREL_API VantrelStatus VantrelClientFileOpen(VantrelClient *client, VantrelFile **file,
@@ -768,8 +770,11 @@ VANTREL_API VantrelStatus VantrelFileGetLastStatusCode(const VantrelFile *file);
 /* FILE DELETE AND RENAME
  *
  * By name, while nobody has the file open. Statuses are kept in the client; a null client or name gives
- * VANTREL_STATUS_INVALID_POINTER_PARAMETER. From the engine come VANTREL_STATUS_FILE_NOT_FOUND, and
- * VANTREL_STATUS_FILE_IN_USE while anybody has the file open. */
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER. From the engine come VANTREL_STATUS_FILE_NOT_FOUND,
+ * VANTREL_STATUS_FILE_NAME_BAD, VANTREL_STATUS_FILE_IN_USE while anybody has the file open,
+ * VANTREL_STATUS_PERMISSION_ERROR without the right to change the directory,
+ * VANTREL_STATUS_OPERATION_NOT_ALLOWED inside a transaction, and for a delete
+ * VANTREL_STATUS_NOT_A_VANTREL_FILE. */
 
 /* Deletes the file. */
 VANTREL_API VantrelStatus VantrelClientFileDelete(VantrelClient *client, const char *fileName);
@@ -978,7 +983,19 @@ VANTREL_API VantrelStatus VantrelFileAttributesSetKeyOnly(VantrelFileAttributes 
 
 /* FILE CREATE
  *
- * Creating a file does not open it. */
+ * Creating a file does not open it. The engine refuses
+ * - the name or the place: VANTREL_STATUS_FILE_ALREADY_EXISTS where an existing file is not to be replaced,
+ *   VANTREL_STATUS_FILE_IN_USE where it is open anywhere, VANTREL_STATUS_NOT_A_VANTREL_FILE where it is a
+ *   file of another kind, VANTREL_STATUS_FILE_NAME_BAD, VANTREL_STATUS_FILE_NOT_FOUND for a directory that
+ *   does not exist, VANTREL_STATUS_PERMISSION_ERROR, VANTREL_STATUS_OPERATION_NOT_ALLOWED inside a
+ *   transaction, VANTREL_STATUS_OSTRAND_CANT_FIND_ENGINE for a remote location without a server;
+ * - the file: VANTREL_STATUS_PAGE_SIZE_ERROR, VANTREL_STATUS_INVALID_RECORD_LENGTH,
+ *   VANTREL_STATUS_NUMBER_OF_INDEXES;
+ * - an index: VANTREL_STATUS_INVALID_INDEX_NUMBER above 118, VANTREL_STATUS_INVALID_KEY_POSITION for a
+ *   segment outside the fixed part of the record, VANTREL_STATUS_INVALID_KEY_LENGTH for a segment or key of a
+ *   length that its type does not have, VANTREL_STATUS_INCONSISTENT_KEY_FLAGS, VANTREL_STATUS_KEY_TYPE_ERROR,
+ *   VANTREL_STATUS_INVALID_ALTERNATE_COLLATING_SEQUENCE_DEFINITION for a damaged collating sequence and
+ *   VANTREL_STATUS_ALTERNATE_COLLATING_SEQUENCE_NOT_FOUND for an unknown one. */
 
 /* Creates a file with the index that the index attributes describe, or without one where they are null.
  *
@@ -1002,7 +1019,9 @@ VANTREL_API VantrelStatus VantrelClientFileCreateW(VantrelClient *client,
 
 /* Creates an empty file with the attributes and all the indexes of the file that the file information was
  * taken from with VantrelFileGetInformation. Statuses are those above, that of null file information
- * VANTREL_STATUS_INVALID_POINTER_PARAMETER, which the client keeps. */
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER, which the client keeps, and VANTREL_STATUS_DATA_LENGTH_ERROR
+ * where an engine claimed more than 65535 bytes of statistics. Information that was never filled, or whose
+ * statistics failed, is sent as it is and refused by the engine. */
 VANTREL_API VantrelStatus VantrelClientFileCreateUsingFileInformation(VantrelClient *client,
                                                                       VantrelFileInformation *fileInformation,
                                                                       const char *fileName,
@@ -1022,10 +1041,20 @@ VANTREL_API VantrelStatus VantrelClientFileCreateUsingFileInformationW(
  * their segments, which changes nothing for their next use.
  *
  * A null file gives VANTREL_STATUS_FILE_NOT_OPEN; null attributes, or a file without a client,
- * VANTREL_STATUS_INVALID_POINTER_PARAMETER; too many segments VANTREL_STATUS_DATA_LENGTH_ERROR. */
+ * VANTREL_STATUS_INVALID_POINTER_PARAMETER; too many segments VANTREL_STATUS_DATA_LENGTH_ERROR. From the
+ * engine come VANTREL_STATUS_DUPLICATE_KEY_VALUE where the records have a key twice that the index allows
+ * once, with nothing changed; VANTREL_STATUS_INVALID_INDEX_NUMBER for a number above 118 or in use;
+ * VANTREL_STATUS_NUMBER_OF_INDEXES where the file can have no more; VANTREL_STATUS_OPERATION_NOT_ALLOWED
+ * inside a transaction; VANTREL_STATUS_FILE_IN_USE where another session's transaction holds the file;
+ * VANTREL_STATUS_ACCESS_TO_FILE_DENIED through a handle opened read-only; and the statuses of an index with
+ * which a file is created. */
 VANTREL_API VantrelStatus VantrelFileIndexCreate(VantrelFile *file, VantrelIndexAttributes *attributes);
 
-/* Drops an index; the others keep their numbers. VANTREL_STATUS_INVALID_OPTION for no VantrelIndex. */
+/* Drops an index; the others keep their numbers. A null file gives VANTREL_STATUS_FILE_NOT_OPEN, a file
+ * without a client VANTREL_STATUS_INVALID_POINTER_PARAMETER, a value that is no index
+ * VANTREL_STATUS_INVALID_OPTION. From the engine come VANTREL_STATUS_INVALID_INDEX_NUMBER for an index that
+ * the file does not have, and VANTREL_STATUS_OPERATION_NOT_ALLOWED, VANTREL_STATUS_FILE_IN_USE and
+ * VANTREL_STATUS_ACCESS_TO_FILE_DENIED as above. */
 VANTREL_API VantrelStatus VantrelFileIndexDrop(VantrelFile *file, VantrelIndex index);
 
 /* RECORDS
@@ -1036,9 +1065,9 @@ VANTREL_API VantrelStatus VantrelFileIndexDrop(VantrelFile *file, VantrelIndex i
  * the last read went by, an index or the physical order, and the key it found: next and previous go on from
  * there, whatever read it was. */
 
-/* Inserts the record, recordLength bytes long (0 to 65535). A field of an autoincrement index that is zero
- * receives its value in the caller's record as well. A null record with a length above 0 goes to the engine
- * unchecked.
+/* Inserts the record, recordLength bytes long (0 to 65535). A zero in the key field of an autoincrement index
+ * or of an automatic timestamp is replaced by its value, in the caller's record as well. A null record with a
+ * length above 0 goes to the engine unchecked.
  *
  * Returns and keeps in the file VANTREL_STATUS_INVALID_OPTION for a longer record; from the engine
  * VANTREL_STATUS_DUPLICATE_KEY_VALUE where an index without duplicates has the key already and
@@ -1071,12 +1100,15 @@ VANTREL_API int32_t VantrelFileRecordRetrieve(VantrelFile *file, VantrelComparis
  *
  * Returns and keeps in the file VANTREL_STATUS_INVALID_OPTION for a longer record; from the engine
  * VANTREL_STATUS_POSITION_NOT_SET without a current record, VANTREL_STATUS_CONFLICT where another session
- * changed the record since it was read, and the statuses of an insert. */
+ * changed the record since it was read, VANTREL_STATUS_RECORD_IN_USE where another session has locked it,
+ * VANTREL_STATUS_MODIFIABLE_KEY_VALUE_ERROR where the key of an index that allows no change would change,
+ * and the statuses of an insert. */
 VANTREL_API VantrelStatus VantrelFileRecordUpdate(VantrelFile *file, const void *record,
                                                   uint32_t recordLength);
 
 /* Deletes the current record. Returns and keeps the engine's status in the file, such as
- * VANTREL_STATUS_POSITION_NOT_SET without a current record. */
+ * VANTREL_STATUS_POSITION_NOT_SET without a current record, VANTREL_STATUS_CONFLICT and
+ * VANTREL_STATUS_RECORD_IN_USE as for an update. */
 VANTREL_API VantrelStatus VantrelFileRecordDelete(VantrelFile *file);
 
 /* Read a key without its record and without a lock: the one that a key leads to, as
@@ -1158,8 +1190,10 @@ VANTREL_API VantrelCursorPosition VantrelFileGetCursorPosition(VantrelFile *file
  * Returns the number of bytes in the record, or -1. Keeps in the file 0; VANTREL_STATUS_DATA_LENGTH_ERROR
  * where the record was cut to the size, which is no failure; VANTREL_STATUS_INVALID_RECORD_ADDRESS where
  * there is no record; VANTREL_STATUS_NULL_KEY_PATH where the index leaves the record out, since its key is
- * null; VANTREL_STATUS_INVALID_OPTION for an index, size, key length or lock mode out of range;
- * VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null record of another size than 0. A null file gives -1. */
+ * null; VANTREL_STATUS_INVALID_INDEX_NUMBER for an index that the file does not have;
+ * VANTREL_STATUS_RECORD_IN_USE where another session has locked the record; VANTREL_STATUS_INVALID_OPTION for
+ * an index, size, key length or lock mode out of range; VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null
+ * record of another size than 0. A null file gives -1. */
 VANTREL_API int32_t VantrelFileRecordRetrieveByCursorPosition(VantrelFile *file, VantrelIndex index,
                                                               VantrelCursorPosition cursorPosition, void *key,
                                                               int32_t keyLength, void *record,
@@ -1173,12 +1207,14 @@ VANTREL_API int32_t VantrelFileRecordRetrieveByCursorPosition(VantrelFile *file,
  * size, one request each. */
 
 /* Reads a range of the current record: length bytes, but no more than bufferSize, into the buffer; fewer
- * where the record ends before. A null buffer goes to the engine unchecked.
+ * where the record ends before. lockMode locks the record as any read does. A null buffer goes to the engine
+ * unchecked.
  *
  * Returns the number of bytes read, or -1. Only the status kept in the file tells whether the engine failed:
  * 0 for success; VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG for a start behind the end of the record;
  * VANTREL_STATUS_CHUNK_CANNOT_GET_NEXT for the offset -1 without a chunk operation on the record before;
- * without a current record -1 with VANTREL_STATUS_POSITION_NOT_SET. VANTREL_STATUS_INVALID_OPTION, with -1,
+ * without a current record -1 with VANTREL_STATUS_POSITION_NOT_SET; VANTREL_STATUS_RECORD_IN_USE where
+ * another session has locked the record. VANTREL_STATUS_INVALID_OPTION, with -1,
  * is kept for an offset below -1, a negative length or size and an unknown lock mode. Where a piece of a long
  * range comes up short, the number of bytes in that piece alone is returned, unless it is the last. A null
  * file gives -1. */
@@ -1229,8 +1265,8 @@ VANTREL_API int32_t VantrelFileGetNumerator(VantrelFile *file, VantrelIndex inde
                                             uint32_t keyLength, VantrelCursorPosition cursorPosition,
                                             uint32_t denominator);
 
-/* Read the record that lies that far into an index or the physical order. All else is as with
- * VantrelFileRecordRetrieveByCursorPosition. */
+/* Read the record that lies that far into an index or the physical order. The denominator 0 gives
+ * VANTREL_STATUS_OPERATION_NOT_ALLOWED; all else is as with VantrelFileRecordRetrieveByCursorPosition. */
 VANTREL_API int32_t VantrelFileRecordRetrieveByPercentage(VantrelFile *file, VantrelIndex index,
                                                           uint32_t percentage, void *key, int32_t keyLength,
                                                           void *record, int32_t recordSize,
@@ -1424,7 +1460,8 @@ VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddTruncateField(
  * from a starting point on in the direction named. The request is built in the result, whose former contents
  * are lost, and the reply replaces it; records may have come with a status other than 0 too
  * (VANTREL_STATUS_END_OF_FILE, _REJECT_COUNT_REACHED, _SMALL_EXTENDED_GET_BUFFER_ERROR,
- * _OPTIMIZE_LIMIT_REACHED), so the result's record count is read whatever the engine's status.
+ * _OPTIMIZE_LIMIT_REACHED, _RECORD_IN_USE at a record that another session has locked), so the result's
+ * record count is read whatever the engine's status.
  *
  * The file keeps the status, but for the arguments named with the functions that start a search. Before the
  * engine is called, a null result or null attributes give VANTREL_STATUS_INVALID_POINTER_PARAMETER; a lock
@@ -1434,7 +1471,7 @@ VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddTruncateField(
  * VANTREL_STATUS_DATA_LENGTH_ERROR. The result's contents mean nothing then. */
 
 /* Go on from the file's position along the index of its last operation; VANTREL_INDEX_NONE there goes on in
- * the physical order. */
+ * the physical order. Right after opening there is nothing to go on from: VANTREL_STATUS_POSITION_NOT_SET. */
 VANTREL_API VantrelStatus VantrelFileBulkRetrieveNext(VantrelFile *file,
                                                       const VantrelBulkRetrieveAttributes *attributes,
                                                       VantrelBulkRetrieveResult *result,
@@ -1444,8 +1481,10 @@ VANTREL_API VantrelStatus VantrelFileBulkRetrievePrevious(VantrelFile *file,
                                                           VantrelBulkRetrieveResult *result,
                                                           VantrelLockMode lockMode);
 
-/* Start at the first record of the index and go forwards, or at the last and go backwards. The attributes are
- * left to skip the current record, whatever the outcome of the search. Null attributes give
+/* Start at the first record of the index and go forwards, or at the last and go backwards. index is an index
+ * of the file, handed to the engine unchecked (VANTREL_STATUS_INVALID_INDEX_NUMBER for one that the file does
+ * not have), or VANTREL_INDEX_NONE for the physical order; next and previous then follow it. The attributes
+ * are left to skip the current record, whatever the outcome of the search. Null attributes give
  * VANTREL_STATUS_INVALID_POINTER_PARAMETER, which is not kept in the file. */
 VANTREL_API VantrelStatus VantrelFileBulkRetrieveFirst(VantrelFile *file, VantrelIndex index,
                                                        VantrelBulkRetrieveAttributes *attributes,
@@ -1458,11 +1497,12 @@ VANTREL_API VantrelStatus VantrelFileBulkRetrieveLast(VantrelFile *file, Vantrel
 
 /* Start at the record that compares with the key as asked: VANTREL_COMPARISON_EQUAL, _GREATER, _LESS,
  * _GREATER_OR_EQUAL or _LESS_OR_EQUAL. Of the key at most 1024 bytes are used; it receives the key value that
- * the engine returns. A null key searches with what the file's key buffer holds: the length of the last key if
- * that was one of the same index, else 1024 bytes; nothing with VANTREL_INDEX_NONE. The attributes are left to
- * skip the current record, whatever the outcome of the search. Null attributes give
+ * the engine returns. A null key searches with what the file's key buffer holds: the length of the last key
+ * if that was one of the same index, else 1024 bytes; nothing with VANTREL_INDEX_NONE. The attributes are
+ * left to skip the current record, whatever the outcome of the search. Null attributes give
  * VANTREL_STATUS_INVALID_POINTER_PARAMETER and another comparison VANTREL_STATUS_INVALID_OPTION, neither kept
- * in the file and nothing changed. */
+ * in the file and nothing changed. The index is as above, except that the physical order has no keys:
+ * VANTREL_STATUS_INVALID_GET_EXPRESSION. */
 VANTREL_API VantrelStatus VantrelFileBulkRetrieveNextByComparison(
     VantrelFile *file, VantrelComparison comparison, VantrelIndex index, void *key, uint32_t keyLength,
     VantrelBulkRetrieveAttributes *attributes, VantrelBulkRetrieveResult *result, VantrelLockMode lockMode);
@@ -1553,7 +1593,8 @@ VANTREL_API VantrelStatus VantrelBulkCreatePayloadFree(VantrelBulkCreatePayload 
  *
  * Returns VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null record, kept in the payload; without keeping it
  * VANTREL_STATUS_INVALID_OPTION for a longer record and VANTREL_STATUS_DATA_LENGTH_ERROR where the payload
- * has no room for it. A failure changes nothing. */
+ * has no room for it; VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE where the number of records would
+ * pass 2^32 - 1. A failure changes nothing. */
 VANTREL_API VantrelStatus VantrelBulkCreatePayloadAddRecord(VantrelBulkCreatePayload *payload,
                                                             const void *record, uint32_t length);
 
@@ -1576,8 +1617,14 @@ VANTREL_API int32_t VantrelBulkCreateResultGetRecordCount(VantrelBulkCreateResul
 VANTREL_API VantrelCursorPosition
 VantrelBulkCreateResultGetRecordCursorPosition(VantrelBulkCreateResult *result, int32_t index);
 
-/* Inserts the payload's records. The file keeps the status, VANTREL_STATUS_INVALID_POINTER_PARAMETER for a
- * null payload or result among them; the result's last status stays. Where the status is not 0, the count may
+/* Inserts the payload's records; the last one inserted becomes the current record. The first record that the
+ * engine refuses (VANTREL_STATUS_DUPLICATE_KEY_VALUE and other statuses of an insert) ends the request: those
+ * before it stay inserted, and the result tells their number and positions. Records of fewer than 4 bytes on
+ * average give VANTREL_STATUS_INVALID_EXTENDED_INSERT_BUFFER, since the reply has no room, and nothing is
+ * inserted. The call needs 252 KiB of stack.
+ *
+ * The file keeps the status, VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null payload or result among
+ * them; the result's last status stays. Where the status is not 0, the count may
  * be that of the payload instead of the number of records inserted: the engine may not have answered. */
 VANTREL_API VantrelStatus VantrelFileBulkCreate(VantrelFile *file, const VantrelBulkCreatePayload *payload,
                                                 VantrelBulkCreateResult *result);
@@ -1589,7 +1636,8 @@ VANTREL_API VantrelStatus VantrelFileBulkCreate(VantrelFile *file, const Vantrel
  * without asking the engine again, and VantrelClientFileCreateUsingFileInformation creates a like file from
  * it. */
 
-/* Allocates a record that reports zeros. Returns VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null out
+/* Allocates a record whose replies are all zero bytes: until it is filled, its getters read those, so that a
+ * page size, for example, has no meaning yet. Returns VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null out
  * pointer; VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE, the out pointer then null. */
 VANTREL_API VantrelStatus VantrelFileInformationAllocate(VantrelFileInformation **information);
 

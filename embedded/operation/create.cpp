@@ -42,7 +42,7 @@ CreateMode createModeOf(int32_t keyNumber) {
 void requireWritableDirectory(const std::string &path) {
     std::string directory = path.substr(0, path.rfind('/') + 1);
     if (access(directory.c_str(), W_OK | X_OK) != 0)
-        throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
+        throwSystemError(errno);
 }
 
 void requireFile(const std::string &path) {

@@ -74,7 +74,8 @@ VantrelStatus VantrelClientFileCreateW(VantrelClient *client, VantrelFileAttribu
     });
 }
 
-// A statistics reply is a create request for a like file.
+// A statistics reply is a create request for a like file. Its length is what the engine returned, and no
+// engine that keeps to the length offered returns more than there is room for.
 VantrelStatus VantrelClientFileCreateUsingFileInformation(VantrelClient *client,
                                                           VantrelFileInformation *fileInformation,
                                                           const char *fileName, VantrelCreateMode createMode,
@@ -84,8 +85,10 @@ VantrelStatus VantrelClientFileCreateUsingFileInformation(VantrelClient *client,
         checkCreate(client, fileInformation, fileName, createMode, locationMode, &keyNumber);
     if (status != VANTREL_STATUS_NO_ERROR)
         return status;
-    return requestCreate(client, fileInformation->statistics, loadU32(fileInformation->replyLength), fileName,
-                         keyNumber);
+    uint32_t replyLength = loadU32(fileInformation->replyLength);
+    if (replyLength > sizeof fileInformation->statistics)
+        return keepStatus(client, VANTREL_STATUS_DATA_LENGTH_ERROR);
+    return requestCreate(client, fileInformation->statistics, replyLength, fileName, keyNumber);
 }
 
 VantrelStatus VantrelClientFileCreateUsingFileInformationW(VantrelClient *client,

@@ -6,7 +6,7 @@ namespace vantrel {
 
 // Zero-filled, so that a text whose conversion stops at an unconvertible character is terminated there.
 NarrowText::NarrowText(const wchar_t *wideText) : text_{} {
-    wcstombs(text_, wideText, narrowTextSize);
+    wcstombs(text_, wideText, sizeof text_);
 }
 
 }  // namespace vantrel

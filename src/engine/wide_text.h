@@ -1,6 +1,7 @@
 #ifndef VANTREL_ENGINE_WIDE_TEXT_H
 #define VANTREL_ENGINE_WIDE_TEXT_H
 
+#include <climits>
 #include <cstdint>
 #include <cwchar>
 
@@ -21,7 +22,8 @@ class NarrowText {
     const char *get() const { return text_; }
 
   private:
-    char text_[narrowTextSize];
+    // With room for a character that crosses the limit: one that is left out would leave a shorter name.
+    char text_[narrowTextSize + MB_LEN_MAX];
 };
 
 // Calls the narrow form of a wide-character function. A text that is missing or does not fit is kept as the

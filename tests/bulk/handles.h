@@ -19,7 +19,7 @@ template <class Record, auto allocate, auto release>
 class Handle {
   public:
     Handle() { EXPECT_EQ(allocate(&record_), 0); }
-    ~Handle() { release(record_); }
+    ~Handle() { EXPECT_EQ(release(record_), 0); }
     Handle(const Handle &) = delete;
     Handle &operator=(const Handle &) = delete;
 

@@ -266,6 +266,12 @@ TEST_F(FileCreateUsingInformationTest, SendsAReplyOfFullLength) {
     EXPECT_EQ(engine.onlyCall().dataLength, 65535u);
 }
 
+TEST_F(FileCreateUsingInformationTest, RefusesALengthBeyondTheReply) {
+    storeU32(information->replyLength, 65536);
+    expectRefusal(createAlike(0, 0), 22);
+    expectRefusal(createAlike(2, 0), 2002);
+}
+
 TEST_F(FileCreateUsingInformationTest, KeepsTheStatusOfTheEngine) {
     engine.reply({.status = 59});
     EXPECT_EQ(createAlike(1, 0), 59);

@@ -153,6 +153,7 @@ TEST_F(IndexAttributesTest, DuplicateModes) {
         EXPECT_EQ(VantrelIndexAttributesSetDuplicateMode(attributes, mode), 0);
         EXPECT_EQ(loadI32(attributes->duplicateMode), mode);
     }
+    EXPECT_EQ(lastStatus(attributes), untouchedStatus);
     Bytes before = record();
     for (VantrelDuplicateMode mode : {3, -1, INT_MAX, INT_MIN})
         expectRefusal(VantrelIndexAttributesSetDuplicateMode(attributes, mode), 2002, before);

@@ -142,7 +142,9 @@ TEST_F(KeySegmentTest, LegacyTypesAreFlagsAlone) {
     expectStatus(0);
     EXPECT_EQ(flags(), 0x0004);
     EXPECT_EQ(VantrelKeySegmentGetDataType(segment), 23);
+    keepStatus(segment, untouchedStatus);
     ASSERT_EQ(VantrelKeySegmentSetField(segment, 0, 1, VANTREL_DATA_TYPE_LEGACY_STRING), 0);
+    expectStatus(0);
     EXPECT_EQ(flags(), 0x0000);
     EXPECT_EQ(VantrelKeySegmentGetDataType(segment), 22);
     EXPECT_EQ(loadU16(segment->specification.extendedDataType), 27);
@@ -221,7 +223,9 @@ TEST_F(KeySegmentTest, SortOrderIsAFlag) {
         EXPECT_EQ(VantrelKeySegmentGetDescendingSortOrder(segment), 1);
     }
     setFlags(0xFFFF);
+    keepStatus(segment, untouchedStatus);
     EXPECT_EQ(VantrelKeySegmentSetDescendingSortOrder(segment, 0), 0);
+    expectStatus(0);
     EXPECT_EQ(flags(), 0xFFBF);
     EXPECT_EQ(VantrelKeySegmentGetDescendingSortOrder(segment), 0);
 }

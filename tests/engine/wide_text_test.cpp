@@ -35,6 +35,14 @@ TEST(WideText, CountsBytesNotCharacters) {
     setlocale(LC_CTYPE, "C");
 }
 
+TEST(WideText, ACharacterAcrossTheLimitDoesNotFit) {
+    ASSERT_NE(setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+    EXPECT_FALSE(NarrowText((std::wstring(4095, L'a') + L'\u00FC').c_str()).fits());
+    EXPECT_FALSE(NarrowText((std::wstring(4094, L'a') + L'\u20AC').c_str()).fits());
+    EXPECT_TRUE(NarrowText((std::wstring(4092, L'a') + L'\u20AC').c_str()).fits());
+    setlocale(LC_CTYPE, "C");
+}
+
 TEST(WideText, AnUnconvertibleCharacterEndsTheText) {
     setlocale(LC_CTYPE, "C");
     NarrowText text(L"ab\u20ACcd");

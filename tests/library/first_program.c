@@ -15,7 +15,7 @@ int main(int count, char **arguments) {
     VantrelFileAttributes *attributes;
     VantrelIndexAttributes *index;
     VantrelKeySegment *segment;
-    char key[4] = {7, 0, 0, 0}, record[12];
+    char key[4] = {7, 0, 0, 0}, record[12], sprocket[] = "\7\0\0\0sprocket";
     const char *name = count > 1 ? arguments[1] : "parts.vnt";
 
     if (check("client", VantrelClientAllocate(&client, 0, 0)) ||
@@ -29,11 +29,11 @@ int main(int count, char **arguments) {
                                                 VANTREL_LOCATION_MODE_DEFAULT)) ||
         check("open", VantrelClientFileOpen(client, &file, name, NULL, VANTREL_OPEN_MODE_NORMAL,
                                             VANTREL_OPEN_VARIANT_DEFAULT)) ||
-        check("insert", VantrelFileRecordCreate(file, "\7\0\0\0a sprocket", 12)))
+        check("insert", VantrelFileRecordCreate(file, sprocket, sizeof record)))
         return 1;
     if (VantrelFileRecordRetrieve(file, VANTREL_COMPARISON_EQUAL, 0, key, sizeof key, record, sizeof record,
                                   VANTREL_LOCK_MODE_NONE) != 12 ||
-        memcmp(record + 4, "a sprock", 8) != 0)
+        memcmp(record + 4, "sprocket", 8) != 0)
         return !check("read", VantrelFileGetLastStatusCode(file));
     printf("%.8s\n", record + 4);
     VantrelKeySegmentFree(segment);

@@ -12,7 +12,7 @@ cd "$folder"
 "$c_compiler" -std=c11 -Wall -Wextra -Wpedantic -Werror -I"$include" "$source" -o program \
     -L"$library" -lvantrelC -Wl,-rpath-link,"$library"
 printed=$(LD_LIBRARY_PATH=$library ./program parts.vnt)
-if [ "$printed" != "a sprock" ]; then
+if [ "$printed" != "sprocket" ]; then
     echo "the program printed: $printed"
     exit 1
 fi
