@@ -722,9 +722,13 @@ VANTREL_API VantrelStatus VantrelClientLogout(VantrelClient *client, const char 
 VANTREL_API VantrelStatus VantrelClientLogoutW(VantrelClient *client, const wchar_t *text);
 
 /* Between begin and end, the named files do not change on disk while work on them goes on, so that any tool
- * can copy them. The paths are separated by commas. From the engine come VANTREL_STATUS_FILE_NOT_FOUND for a
- * path that does not exist and VANTREL_STATUS_OPERATION_NOT_ALLOWED for a second begin or an end without
- * one. */
+ * can copy them: a copy holds all that was committed at the beginning. The paths are separated by commas; all
+ * begin or none. What the client does not end itself ends with its reset and with the process.
+ *
+ * From the engine come VANTREL_STATUS_FILE_NOT_FOUND for a path that does not exist,
+ * VANTREL_STATUS_OPERATION_NOT_ALLOWED for a second begin, an end without one and either inside a
+ * transaction, VANTREL_STATUS_FILE_IN_USE where another session's transaction holds a file or somebody has it
+ * open exclusively, and VANTREL_STATUS_PERMISSION_ERROR without the right to write to it. */
 VANTREL_API VantrelStatus VantrelClientContinuousOperationBegin(VantrelClient *client, const char *paths);
 VANTREL_API VantrelStatus VantrelClientContinuousOperationBeginW(VantrelClient *client, const wchar_t *paths);
 VANTREL_API VantrelStatus VantrelClientContinuousOperationEnd(VantrelClient *client, const char *paths);

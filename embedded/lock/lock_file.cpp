@@ -11,11 +11,13 @@ namespace vantrel::embedded {
 
 namespace {
 
-// Byte 0 is locked by every user of the file, the byte at a record's address by who has locked the record,
-// and a byte of its own in the range of handles for each open handle.
+// Byte 0 is locked by every user of the file, the byte at a record's address by who has locked the record, a
+// byte of its own in the range of handles for each open handle, and the byte behind that range by who keeps
+// the file from changing on disk.
 constexpr int64_t userByte = 0;
 constexpr int64_t firstHandleByte = int64_t{1} << 61;
 constexpr int64_t handleRange = int64_t{1} << 61;
+constexpr int64_t continuousOperationByte = firstHandleByte + handleRange;
 
 int64_t randomHandleByte() {
     uint64_t random = 0;
@@ -133,6 +135,17 @@ uint32_t LockFile::handleCount() {
         start = found + length;
     }
     return count;
+}
+
+bool LockFile::tryMarkContinuousOperation() {
+    if (!isWritable_)
+        throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
+    return trySet(F_WRLCK, continuousOperationByte, 1);
+}
+
+bool LockFile::isInContinuousOperation() {
+    int64_t start, length;
+    return descriptor_ >= 0 && findForeign(continuousOperationByte, 1, &start, &length);
 }
 
 bool LockFile::tryLockRecord(int64_t address) {

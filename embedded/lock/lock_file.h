@@ -32,6 +32,10 @@ class LockFile {
     // The marks of all processes.
     uint32_t handleCount();
 
+    // Of all users of the file one can mark it, until its lock file is closed.
+    bool tryMarkContinuousOperation();
+    bool isInContinuousOperation();
+
     // Locking a record needs write permission on the side file, else status 94 is thrown.
     bool canLockRecords() const { return isWritable_; }
     // False where another session holds the lock.

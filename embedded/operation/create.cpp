@@ -1,4 +1,3 @@
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "embedded/operation/operations.h"
@@ -43,14 +42,6 @@ void requireWritableDirectory(const std::string &path) {
     std::string directory = path.substr(0, path.rfind('/') + 1);
     if (access(directory.c_str(), W_OK | X_OK) != 0)
         throwSystemError(errno);
-}
-
-void requireFile(const std::string &path) {
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0)
-        throwSystemError(errno);
-    if (!S_ISREG(status.st_mode))
-        throw StatusError{VANTREL_STATUS_NOT_A_VANTREL_FILE};
 }
 
 int32_t deleteFile(const std::string &path) {

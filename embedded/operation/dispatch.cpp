@@ -65,6 +65,8 @@ OperationFunction *functionOf(uint16_t operation) {
             return createIndex;
         case 32:
             return dropIndex;
+        case 42:
+            return changeContinuousOperation;
         case 53:
             return changeChunk;
         case codeGetNextExtended:
@@ -115,7 +117,6 @@ using namespace vantrel::embedded;
 int32_t vantrelCoreExecute(Session *session, Request *request) {
     abandonInheritedSessions();
     std::lock_guard lock(session->mutex);
-    session->wasUsed = true;
     int32_t status = executeGuarded(*session, *request);
     housekeepIfDue(*session);
     return status;

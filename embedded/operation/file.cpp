@@ -1,4 +1,3 @@
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,7 +7,7 @@
 #include "embedded/operation/operations.h"
 #include "embedded/operation/path.h"
 #include "embedded/operation/reply.h"
-#include "embedded/system_error.h"
+#include "vantrel.h"
 
 namespace vantrel::embedded {
 
@@ -30,14 +29,8 @@ OpenMode openModeOf(int32_t keyNumber) {
 }
 
 void checkAccess(const std::string &path, OpenMode mode) {
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0)
-        throwSystemError(errno);
-    if (!S_ISREG(status.st_mode))
-        throw StatusError{VANTREL_STATUS_NOT_A_VANTREL_FILE};
-    int needed = mode == OpenMode::readOnly ? R_OK : R_OK | W_OK;
-    if (access(path.c_str(), needed) != 0)
-        throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
+    requireFile(path);
+    requireAccess(path, mode == OpenMode::readOnly ? R_OK : R_OK | W_OK);
 }
 
 // The file as the session has it open already, or opened for it now.

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "embedded/core.h"
+#include "embedded/operation/continuous_operation.h"
 
 namespace vantrel::embedded {
 
@@ -88,7 +89,6 @@ void housekeepIfDue(Session &session) {
     } catch (...) {
         // As above.
     }
-    session.wasUsed = true;
 }
 
 void abandonInheritedSessions() {
@@ -123,6 +123,8 @@ void vantrelCoreChildAfterFork() {
     for (Session *session : live->sessions) {
         for (auto &[path, file] : session->files())
             file->closeLocksInChild();
+        for (auto &[path, operation] : session->continuousOperations)
+            operation->closeLocksInChild();
     }
     inherited = live;
     live = new LiveSessions;

@@ -160,13 +160,13 @@ void OpenFile::changesKept() {
     versionsBefore_.clear();
 }
 
-void OpenFile::housekeep(bool wasUsed) {
+// No snapshot is held for long, since it keeps the log from being emptied.
+void OpenFile::housekeep() {
     if (storage_->isWriting())
         return;
     if (storage_->hasUnsyncedCommits())
         storage_->sync();
-    if (!wasUsed)
-        storage_->releaseSnapshot();
+    storage_->releaseSnapshot();
 }
 
 }  // namespace vantrel::embedded

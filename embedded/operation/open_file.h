@@ -45,8 +45,8 @@ class OpenFile {
     void changesTakenBack();
     void changesKept();
 
-    // Called regularly while the session is idle.
-    void housekeep(bool wasUsed);
+    // Called regularly between calls.
+    void housekeep();
     // In a forked child: at once for what would act on the parent, later for the rest.
     void closeLocksInChild() { lockFile_.closeInChild(); }
     void abandon() { storage_->abandon(); }

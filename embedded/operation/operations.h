@@ -11,7 +11,7 @@ namespace vantrel::embedded {
 using OperationFunction = int32_t(Session &session, Request &request);
 
 // Files
-OperationFunction openFile, closeFile, createFile, createIndex, dropIndex;
+OperationFunction openFile, closeFile, createFile, createIndex, dropIndex, changeContinuousOperation;
 
 // Records
 OperationFunction insertRecord, updateRecord, deleteRecord;

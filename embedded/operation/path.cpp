@@ -47,6 +47,19 @@ bool pathExists(const std::string &path) {
     return stat(path.c_str(), &status) == 0;
 }
 
+void requireFile(const std::string &path) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0)
+        throwSystemError(errno);
+    if (!S_ISREG(status.st_mode))
+        throw StatusError{VANTREL_STATUS_NOT_A_VANTREL_FILE};
+}
+
+void requireAccess(const std::string &path, int rights) {
+    if (access(path.c_str(), rights) != 0)
+        throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
+}
+
 std::string resolvePath(const Session &session, const std::string &name) {
     if (name.empty() || name.size() > longestName)
         throw StatusError{VANTREL_STATUS_FILE_NAME_BAD};

@@ -14,6 +14,10 @@ std::string resolvePath(const Session &session, const std::string &name);
 
 bool pathExists(const std::string &path);
 
+// Whatever is missing, or no file, is thrown as its status; and what the process has no right to, as 94.
+void requireFile(const std::string &path);
+void requireAccess(const std::string &path, int rights);
+
 }  // namespace vantrel::embedded
 
 #endif

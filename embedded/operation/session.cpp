@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "embedded/operation/continuous_operation.h"
 #include "engine/bytes.h"
 #include "vantrel.h"
 
@@ -25,6 +26,8 @@ PositionBlock makeBlock(uint32_t slot) {
 }
 
 }  // namespace
+
+Session::Session() = default;
 
 Session::~Session() {
     reset();
@@ -146,20 +149,23 @@ void Session::reset() {
     }
     positions_.clear();
     files_.clear();
+    continuousOperations.clear();
     directory.clear();
     login = {};
 }
 
 void Session::housekeep() {
     for (auto &[path, file] : files_)
-        file->housekeep(wasUsed);
-    wasUsed = false;
+        file->housekeep();
 }
 
 void Session::abandon() {
     for (auto &[path, file] : files_)
         file->abandon();
     files_.clear();
+    for (auto &[path, operation] : continuousOperations)
+        operation->abandon();
+    continuousOperations.clear();
 }
 
 ChangeScope::ChangeScope(Session &session, OpenFile &file) : session_(session), storage_(file.storage()) {

@@ -21,19 +21,24 @@ struct Login {
     std::string database;
 };
 
+class ContinuousOperation;
+
 // Everything that one client identifier block holds.
 class Session {
   public:
+    Session();
     ~Session();
 
     // Serialises the calls of the session; housekeeping takes it too.
     std::mutex mutex;
     std::atomic<bool> housekeepingIsDue{false};
-    // Whether a call was made since the last housekeeping.
-    bool wasUsed = false;
 
     std::string directory;  // empty: the process's own
     Login login;
+
+    // By path.
+    using ContinuousOperations = std::map<std::string, std::unique_ptr<ContinuousOperation>>;
+    ContinuousOperations continuousOperations;
 
     TransactionKind transaction = TransactionKind::none;
     LockBias transactionLock = LockBias::none;

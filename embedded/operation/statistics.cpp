@@ -29,6 +29,7 @@ enum SubFunction : uint32_t {
 constexpr uint32_t usageExplicitLocks = 0x0001;
 constexpr uint32_t usageTransactions = 0x0002;
 constexpr uint32_t usageReadOnly = 0x0004;
+constexpr uint32_t usageContinuousOperation = 0x0008;
 
 constexpr uint32_t rightsToRead = 0x001;
 constexpr uint32_t allRights = 0x3FF;
@@ -75,7 +76,8 @@ Bytes fileUsageReply(Session &session, Position &position) {
     uint32_t handleCount = file.lockFile().handleCount();
     uint32_t flags = (hasLocks ? usageExplicitLocks : 0) |
                      (session.insideTransaction() ? usageTransactions : 0) |
-                     (position.isReadOnly ? usageReadOnly : 0);
+                     (position.isReadOnly ? usageReadOnly : 0) |
+                     (file.lockFile().isInContinuousOperation() ? usageContinuousOperation : 0);
     Bytes reply;
     appendNumber(reply, fileIdentifier(file.path()), 4);
     appendNumber(reply, handleCount, 4);

@@ -3,6 +3,7 @@
 #include <new>
 #include <utility>
 
+#include "embedded/storage/wal_index.h"
 #include "vantrel.h"
 
 namespace vantrel::embedded {
@@ -116,6 +117,11 @@ void Database::execute(const std::string &sql) {
 int64_t Database::integer(const char *sql) {
     Statement statement = prepare(sql);
     return statement.step() ? statement.integer(0) : 0;
+}
+
+void Database::abandon() {
+    WalIndex::makePrivate(mainFile());
+    sqlite3_db_config(database_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 
 sqlite3_file *Database::file(int control) const {

@@ -72,6 +72,9 @@ class Database {
     sqlite3_file *mainFile() const { return file(SQLITE_FCNTL_FILE_POINTER); }
     sqlite3_file *logFile() const { return file(SQLITE_FCNTL_JOURNAL_POINTER); }
 
+    // In a forked child: what is still done through the connection does not reach the parent's.
+    void abandon();
+
   private:
     sqlite3_file *file(int control) const;
 

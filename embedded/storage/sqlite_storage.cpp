@@ -434,8 +434,7 @@ void SqliteStorage::verify() {
 }
 
 void SqliteStorage::abandon() {
-    WalIndex::makePrivate(database_.mainFile());
-    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    database_.abandon();
     accelerated_ = true;
 }
 

@@ -118,6 +118,19 @@ class Storage {
 
 std::unique_ptr<Storage> openStorage(const std::string &path, const StorageOptions &options);
 
+// Keeps the bytes of a file on disk as they are, while work on it goes on in its log.
+class Freeze {
+  public:
+    virtual ~Freeze() = default;
+    // Lets the changes made meanwhile into the file.
+    virtual void end() = 0;
+    // As for a storage.
+    virtual void abandon() = 0;
+};
+
+// Status 85 is thrown where a transaction holds the file.
+std::unique_ptr<Freeze> freezeStorage(const std::string &path);
+
 // Nobody has the files open that these make, replace, remove or rename.
 void createStorage(const std::string &path, const FileDefinition &definition);
 void removeStorage(const std::string &path);

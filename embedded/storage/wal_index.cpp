@@ -48,6 +48,12 @@ bool WalIndex::equals(const Header &header) const {
     return difference == 0;
 }
 
+// The number of the last valid frame stands at byte 16, in the byte order of the machine.
+bool WalIndex::logIsEmpty(sqlite3_file *mainFile) {
+    Header header = read(mainFile);
+    return shared_ != nullptr && static_cast<uint32_t>(header[2]) == 0;
+}
+
 void WalIndex::makePrivate(sqlite3_file *mainFile) {
     for (int region = 0;; ++region) {
         auto *mapped = static_cast<uint8_t *>(mapRegion(mainFile, region));

@@ -17,6 +17,9 @@ class WalIndex {
     Header read(sqlite3_file *mainFile);
     bool equals(const Header &header) const;
 
+    // Whether nothing was committed to the log since it was emptied.
+    bool logIsEmpty(sqlite3_file *mainFile);
+
     // Replaces the mapping by a private copy: what a forked child then does to it stays its own.
     static void makePrivate(sqlite3_file *mainFile);
 

@@ -1,0 +1,56 @@
+#include "embedded/storage/sqlite_freeze.h"
+
+#include "embedded/storage/sqlite_schema.h"
+#include "vantrel.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+// Longer than any change outside a transaction takes, and any snapshot is held.
+constexpr int waitMilliseconds = 2000;
+constexpr int attempts = 100;
+
+constexpr const char *emptyTheLog = "PRAGMA wal_checkpoint(TRUNCATE)";
+
+}  // namespace
+
+SqliteFreeze::SqliteFreeze(const std::string &path) : database_(path, SQLITE_OPEN_READWRITE) {
+    sqlite3_busy_timeout(database_.get(), waitMilliseconds);
+    checkFormat(database_);
+    // Fails where somebody's transaction holds the file.
+    database_.execute("BEGIN IMMEDIATE; ROLLBACK");
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        if (hold())
+            return;
+    }
+    throw StatusError{VANTREL_STATUS_FILE_IN_USE};
+}
+
+// False where somebody has committed between the emptying of the log and the beginning of the transaction.
+bool SqliteFreeze::hold() {
+    if (database_.integer(emptyTheLog) != 0)
+        return false;
+    database_.execute("BEGIN");
+    database_.integer("SELECT generation FROM definition");
+    if (walIndex_.logIsEmpty(database_.mainFile()))
+        return true;
+    database_.execute("COMMIT");
+    return false;
+}
+
+// The changes made meanwhile go into the database at once, except for those that a long read holds back.
+void SqliteFreeze::end() {
+    database_.execute("COMMIT");
+    database_.integer(emptyTheLog);
+}
+
+void SqliteFreeze::abandon() {
+    database_.abandon();
+}
+
+std::unique_ptr<Freeze> freezeStorage(const std::string &path) {
+    return std::make_unique<SqliteFreeze>(path);
+}
+
+}  // namespace vantrel::embedded
