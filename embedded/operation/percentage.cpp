@@ -21,7 +21,8 @@ uint32_t denominatorBehind(const Request &request, uint32_t offset) {
     ByteView bytes = dataBytes(request, offset + denominatorSize).substr(offset);
     if (bytes.substr(0, fractionSignature.size()) != fractionSignature)
         return wholeInPercentages;
-    uint32_t denominator = loadU32(reinterpret_cast<const uint8_t *>(bytes.data()) + fractionSignature.size());
+    uint32_t denominator =
+        loadU32(reinterpret_cast<const uint8_t *>(bytes.data()) + fractionSignature.size());
     require(denominator != 0, VANTREL_STATUS_OPERATION_NOT_ALLOWED);
     return denominator;
 }
@@ -46,13 +47,12 @@ int32_t readAtProportion(Session &session, Request &request) {
     std::shared_ptr<const IndexDefinition> index = indexNamed(position, request);
     Proportion proportion{loadU32(requestBytes(request, numeratorSize)),
                           denominatorBehind(request, numeratorSize)};
-    if (proportion.numerator > proportion.denominator)
-        return VANTREL_STATUS_END_OF_FILE;
     Storage &storage = position.file->storage();
     auto choice = [&](uint64_t total) { return rankAt(proportion, total); };
     StoredEntry entry;
     int32_t status = findAndLock(session, position, request, &entry, [&](StoredEntry *found) {
-        bool isFound = storage.findAtRank(orderOf(index.get()), choice, found);
+        bool isFound = proportion.numerator <= proportion.denominator &&
+                       storage.findAtRank(orderOf(index.get()), choice, found);
         return isFound ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_END_OF_FILE;
     });
     if (status != VANTREL_STATUS_NO_ERROR)

@@ -244,7 +244,8 @@ uint64_t SqliteCounts::enterBucketOf(uint8_t order, int level, uint64_t rank, Or
 void SqliteCounts::build(uint8_t order) {
     database_.execute(
         "CREATE TABLE IF NOT EXISTS counted_order(number INTEGER PRIMARY KEY, height INTEGER NOT NULL);"
-        "CREATE TABLE IF NOT EXISTS bucket(number INTEGER NOT NULL, level INTEGER NOT NULL, key BLOB NOT NULL, "
+        "CREATE TABLE IF NOT EXISTS bucket(number INTEGER NOT NULL, level INTEGER NOT NULL, key BLOB NOT "
+        "NULL, "
         "address INTEGER NOT NULL, count INTEGER NOT NULL, PRIMARY KEY(number, level, key, address)) "
         "WITHOUT ROWID");
     do

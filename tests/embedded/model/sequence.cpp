@@ -39,7 +39,7 @@ class Run {
         return folder + "engine_model_" + std::to_string(getpid()) + "_" + std::to_string(++count) + ".vnt";
     }
 
-    bool performOne(const Step &step);
+    bool performOne(const Step &asked);
     void walk(Step step, Action first, Action following);
 
     Library library_;
@@ -49,9 +49,10 @@ class Run {
 };
 
 // Gives whether the step succeeded.
-bool Run::performOne(const Step &step) {
-    if (!difference_.empty() || !model_.permits(step))
+bool Run::performOne(const Step &asked) {
+    if (!difference_.empty() || !model_.permits(asked))
         return false;
+    Step step = model_.withOwnKey(asked);
     Observed observed = library_.apply(step, model_.addressOf(step));
     log_ += "  " + describe(step) + " -> " + std::to_string(observed.status) + "\n";
     Expected expected = model_.apply(step, observed.insertedAddress);

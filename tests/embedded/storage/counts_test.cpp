@@ -118,15 +118,15 @@ TEST_F(CountsTest, AnEmptyOrderHasATreeToo) {
 
 TEST_F(CountsTest, TheTreeGrowsAndShrinksWithTheEntries) {
     counts.build(indexNumber);
-    insertMany(30000, 200);
+    insertMany(15000, 200);
     EXPECT_EQ(height(), 2);
     EXPECT_EQ(buckets("level = 1 AND count > 128"), 0);
     expectTrueRanks();
     database.execute("BEGIN");
-    while (entries.size() > 2000)
+    while (entries.size() > 1000)
         erase(below(static_cast<uint32_t>(entries.size())));
     expectTrueRanks();
-    EXPECT_LE(buckets("level = 1"), 2000 / 16);
+    EXPECT_LE(buckets("level = 1"), 1000 / 16);
     while (!entries.empty())
         erase(0);
     EXPECT_EQ(counts.total(indexNumber), 0u);
