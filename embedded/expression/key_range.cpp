@@ -21,8 +21,20 @@ bool sortAlike(const CollationPointer &left, const CollationPointer &right) {
     return left == right || left->table == right->table;
 }
 
-bool isOnSegment(const Term &term, const KeySegment &segment) {
-    return term.field.source == Field::Source::bytes && term.field.offset == segment.offset &&
+Field::Source sourceOf(const IndexDefinition &index) {
+    switch (index.source) {
+        case KeySource::createTime:
+            return Field::Source::createTime;
+        case KeySource::updateTime:
+            return Field::Source::updateTime;
+        default:
+            return Field::Source::bytes;
+    }
+}
+
+bool isOnFirstSegment(const Term &term, const IndexDefinition &index) {
+    const KeySegment &segment = index.segments.front();
+    return term.field.source == sourceOf(index) && term.field.offset == segment.offset &&
            term.field.length == segment.length && term.type == modernType(segment.type) &&
            sortAlike(term.collation, typeIsText(segment.type) ? segment.collation : nullptr);
 }
@@ -76,9 +88,10 @@ void narrow(KeyRange &range, Comparison comparison, const Bytes &encoded) {
         lowerTo(range, encoded);
 }
 
-void narrowBy(KeyRange &range, const Term &term, const KeySegment &segment) {
+void narrowBy(KeyRange &range, const Term &term, const IndexDefinition &index) {
+    const KeySegment &segment = index.segments.front();
     const Constant *constant = std::get_if<Constant>(&term.comparand);
-    if (constant == nullptr || !isOnSegment(term, segment))
+    if (constant == nullptr || !isOnFirstSegment(term, index))
         return;
     Bytes encoded;
     appendEncodedValue(segment.type, segment.collation.get(), constant->bytes, encoded);
@@ -100,7 +113,7 @@ KeyRange keyRangeOf(const Filter &filter, const IndexDefinition &index) {
     if (!isConjunction)
         return range;
     for (const Term &term : terms)
-        narrowBy(range, term, index.segments.front());
+        narrowBy(range, term, index);
     return range;
 }
 

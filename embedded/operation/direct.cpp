@@ -69,12 +69,8 @@ int32_t readDirect(Session &session, Request &request) {
     });
     if (status != VANTREL_STATUS_NO_ERROR)
         return status;
-    position.setCurrent(address, entry.record.updateTime);
-    if (index != nullptr) {
-        position.setLogical(index->number, key, address);
-        deliverKey(request, *index, entry.record);
-    }
-    return deliverRecord(request, storage, entry.record);
+    entry.key = key;
+    return deliverFound(position, request, index.get(), entry);
 }
 
 int32_t unlock(Session &session, Request &request) {

@@ -76,6 +76,10 @@ OperationFunction *functionOf(uint16_t operation) {
             return readExtended;
         case 40:
             return insertExtended;
+        case 44:
+            return readAtProportion;
+        case 45:
+            return getProportion;
         case 65:
             return extendedStatistics;
         case 78:

@@ -16,6 +16,7 @@ OperationFunction openFile, closeFile, createFile, createIndex, dropIndex, chang
 // Records
 OperationFunction insertRecord, updateRecord, deleteRecord;
 OperationFunction readByKey, readByStep, readDirect, readChunk, changeChunk, getPosition, unlock;
+OperationFunction readAtProportion, getProportion;
 
 // Many records
 OperationFunction readExtended, deleteExtended, insertExtended;

@@ -88,6 +88,16 @@ int32_t deliverRecord(Request &request, Storage &storage, const StoredRecord &re
     return length == record.length ? VANTREL_STATUS_NO_ERROR : VANTREL_STATUS_DATA_LENGTH_ERROR;
 }
 
+int32_t deliverFound(Position &position, Request &request, const IndexDefinition *index,
+                     const StoredEntry &entry) {
+    position.setCurrent(entry.record.address, entry.record.updateTime);
+    if (index != nullptr) {
+        position.setLogical(index->number, entry.key, entry.record.address);
+        deliverKey(request, *index, entry.record);
+    }
+    return deliverRecord(request, position.file->storage(), entry.record);
+}
+
 int32_t searchKey(Storage &storage, uint16_t operation, uint8_t index, const Bytes &key, StoredEntry *entry) {
     bool isFound;
     switch (operation) {
@@ -186,10 +196,7 @@ int32_t readByKey(Session &session, Request &request) {
     int32_t status = findByKey(session, position, request, *index, &entry);
     if (status != VANTREL_STATUS_NO_ERROR)
         return status;
-    position.setLogical(index->number, entry.key, entry.record.address);
-    position.setCurrent(entry.record.address, entry.record.updateTime);
-    deliverKey(request, *index, entry.record);
-    return deliverRecord(request, position.file->storage(), entry.record);
+    return deliverFound(position, request, index.get(), entry);
 }
 
 int32_t readByStep(Session &session, Request &request) {
@@ -208,8 +215,7 @@ int32_t readByStep(Session &session, Request &request) {
     });
     if (status != VANTREL_STATUS_NO_ERROR)
         return status;
-    position.setCurrent(entry.record.address, entry.record.updateTime);
-    return deliverRecord(request, position.file->storage(), entry.record);
+    return deliverFound(position, request, nullptr, entry);
 }
 
 }  // namespace vantrel::embedded

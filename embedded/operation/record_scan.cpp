@@ -44,9 +44,7 @@ RecordScan::RecordScan(Position &position, const Request &request, ExtendedReque
     if (!way.isPhysical) {
         require(request.keyNumber != VANTREL_INDEX_NONE, VANTREL_STATUS_POSITION_NOT_SET);
         index_ = position.file->index(request.keyNumber);
-        // Terms are on bytes of the record, which the keys of a system index are not.
-        if (index_->source == KeySource::record)
-            range_ = keyRangeOf(extended.filter, *index_);
+        range_ = keyRangeOf(extended.filter, *index_);
     }
     checkStart();
     if (startsAtKey(extended.start))

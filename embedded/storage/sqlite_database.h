@@ -50,6 +50,7 @@ class StatementUse {
     StatementUse(const StatementUse &) = delete;
     StatementUse &operator=(const StatementUse &) = delete;
     Statement *operator->() { return &statement_; }
+    Statement &operator*() { return statement_; }
 
   private:
     Statement &statement_;

@@ -28,12 +28,6 @@ void takeRecord(const Statement &statement, StoredRecord *record) {
     record->data = statement.bytes(dataColumn);
 }
 
-bool hasIndex(const FileDefinition &definition, uint8_t number) {
-    auto isMeant = [number](const IndexDefinition &index) { return index.number == number; };
-    return std::any_of(definition.indexes.begin(), definition.indexes.end(), isMeant) ||
-           std::any_of(definition.systemIndexes.begin(), definition.systemIndexes.end(), isMeant);
-}
-
 constexpr const char *entryColumns =
     "SELECT r.address, r.created, r.updated, r.length, r.data, e.key FROM index_%u e CROSS JOIN record r "
     "ON r.address = e.address ";
@@ -127,6 +121,7 @@ void SqliteStorage::reload() {
     definition_ = std::make_shared<FileDefinition>(loadDefinition(database_));
     StatementUse generation(readGeneration_);
     generation_ = generation->step() ? generation->integer(0) : -1;
+    counts_.load();
 }
 
 void SqliteStorage::shareCache() {
@@ -154,6 +149,12 @@ void SqliteStorage::resetScans() {
         readRecord_.reset();
 }
 
+bool SqliteStorage::hasIndex(uint8_t number) const {
+    auto isMeant = [number](const IndexDefinition &index) { return index.number == number; };
+    return std::any_of(definition_->indexes.begin(), definition_->indexes.end(), isMeant) ||
+           std::any_of(definition_->systemIndexes.begin(), definition_->systemIndexes.end(), isMeant);
+}
+
 SqliteStorage::IndexStatements &SqliteStorage::statementsOf(uint8_t index) {
     return indexes_[index];
 }
@@ -166,7 +167,7 @@ Statement &SqliteStorage::prepared(Statement &statement, const char *head, const
 
 Statement &SqliteStorage::prepared(Statement &statement, uint8_t index, const char *head, const char *tail) {
     if (!statement) {
-        if (!hasIndex(*definition_, index))
+        if (!hasIndex(index))
             throw StatusError{VANTREL_STATUS_INVALID_INDEX_NUMBER};
         char *sql = sqlite3_mprintf(head, static_cast<unsigned>(index));
         std::string text = std::string(sql == nullptr ? "" : sql) + tail;
@@ -231,6 +232,10 @@ int64_t SqliteStorage::firstAddress(uint8_t index, ByteView key) {
 
 bool SqliteStorage::readRecord(int64_t address, StoredRecord *found) {
     beginReading();
+    return takeRecordAt(address, found);
+}
+
+bool SqliteStorage::takeRecordAt(int64_t address, StoredRecord *found) {
     Statement &read = prepared(readRecord_, recordColumns, "WHERE address = ?1");
     read.reset();
     if (!read.bind(1, address).step())
@@ -320,6 +325,7 @@ void SqliteStorage::commit(Durability durability) {
             write->bind(1, state_.recordCount).bind(2, state_.lastAddress).bind(3, state_.lastTime);
             write->bind(4, ByteView(counts)).run();
         }
+        publishCounts();
         resetScans();
         commit_.run();
     } catch (...) {
@@ -328,6 +334,7 @@ void SqliteStorage::commit(Durability durability) {
     }
     writing_ = false;
     isRedefined_ = false;
+    counts_.shapeCommitted();
     unsynced_ = true;
     if (durability == Durability::synced && !accelerated_)
         sync();
@@ -339,7 +346,7 @@ void SqliteStorage::rollback() {
     if (sqlite3_get_autocommit(database_.get()) == 0)
         rollback_.run();
     writing_ = false;
-    if (isRedefined_)
+    if (isRedefined_ || counts_.isReshaped())
         generation_ = -1;
     isRedefined_ = false;
 }
@@ -354,6 +361,7 @@ void SqliteStorage::insertRecord(const StoredRecord &record) {
         .bind(4, record.length)
         .bind(5, record.data)
         .run();
+    counts_.inserted(physicalOrder, {}, record.address);
 }
 
 void SqliteStorage::updateRecord(const StoredRecord &record) {
@@ -374,6 +382,7 @@ void SqliteStorage::replaceInTail(int64_t address, uint64_t offset, uint64_t rem
 void SqliteStorage::deleteRecord(int64_t address) {
     resetScans();
     prepared(deleteRecord_, "DELETE FROM record WHERE address = ?1").bind(1, address).run();
+    counts_.deleted(physicalOrder, {}, address);
 }
 
 void SqliteStorage::insertEntry(uint8_t index, ByteView key, int64_t address) {
@@ -382,6 +391,7 @@ void SqliteStorage::insertEntry(uint8_t index, ByteView key, int64_t address) {
         .bind(1, key)
         .bind(2, address)
         .run();
+    counts_.inserted(index, key, address);
 }
 
 void SqliteStorage::deleteEntry(uint8_t index, ByteView key, int64_t address) {
@@ -390,6 +400,7 @@ void SqliteStorage::deleteEntry(uint8_t index, ByteView key, int64_t address) {
         .bind(1, key)
         .bind(2, address)
         .run();
+    counts_.deleted(index, key, address);
 }
 
 void SqliteStorage::createIndexTable(uint8_t index) {
@@ -401,6 +412,7 @@ void SqliteStorage::createIndexTable(uint8_t index) {
 void SqliteStorage::dropIndexTable(uint8_t index) {
     resetScans();
     indexes_.clear();
+    counts_.drop(index);
     database_.execute("DROP TABLE " + indexTableName(index));
 }
 
@@ -428,7 +440,7 @@ void SqliteStorage::verify() {
     Statement check = database_.prepare("PRAGMA integrity_check(1)");
     bool isWhole = check.step() && check.bytes(0) == "ok";
     check.reset();
-    if (!isWhole ||
+    if (!isWhole || !counts_.areTrue() ||
         database_.integer("SELECT count(*) FROM record") != static_cast<int64_t>(readState().recordCount))
         throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
 }

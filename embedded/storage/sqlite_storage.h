@@ -3,6 +3,7 @@
 
 #include <map>
 
+#include "embedded/storage/sqlite_counts.h"
 #include "embedded/storage/sqlite_database.h"
 #include "embedded/storage/sqlite_tail.h"
 #include "embedded/storage/storage.h"
@@ -24,6 +25,8 @@ class SqliteStorage final : public Storage {
     int64_t firstAddress(uint8_t index, ByteView key) override;
     bool readRecord(int64_t address, StoredRecord *found) override;
     bool findRecord(Direction direction, int64_t address, StoredRecord *found) override;
+    std::optional<Rank> rankOf(uint8_t order, ByteView key, int64_t address) override;
+    bool findAtRank(uint8_t order, const RankChoice &choice, StoredEntry *found) override;
     void readTail(int64_t address, uint64_t offset, uint64_t length, char *target) override;
     FileState readState() override;
     uint64_t unusedBytes() override;
@@ -83,6 +86,11 @@ class SqliteStorage final : public Storage {
     Statement &prepared(Statement &statement, const char *head, const char *tail = "");
     Statement &prepared(Statement &statement, uint8_t index, const char *head, const char *tail);
     bool advance(Scan &scan, StoredRecord *found);
+    bool takeRecordAt(int64_t address, StoredRecord *found);
+    bool hasIndex(uint8_t number) const;
+    void beginCounting(uint8_t order);
+    void buildCounts(uint8_t order);
+    void publishCounts();
 
     Database database_;
     WalIndex walIndex_;
@@ -102,6 +110,8 @@ class SqliteStorage final : public Storage {
     FileState committedState_;
 
     SqliteTail tail_{database_};
+    SqliteCounts counts_{database_};
+    OrderPlace placeAtRank_;
     std::map<uint8_t, IndexStatements> indexes_;
     Scan recordsForward_, recordsBackward_;
     Statement readGeneration_, readState_, writeState_, freePages_;

@@ -2,7 +2,9 @@
 #define VANTREL_EMBEDDED_STORAGE_STORAGE_H
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +35,17 @@ struct StoredEntry {
 };
 
 enum class Direction { forward, backward };
+
+// Stands for the physical order where otherwise an index is named.
+inline constexpr uint8_t physicalOrder = 255;
+
+// How many entries of an index, or records in physical order, stand in front of one, and how many there are.
+struct Rank {
+    uint64_t inFront;
+    uint64_t total;
+};
+// Chooses among so many entries; there is at least one.
+using RankChoice = std::function<uint64_t(uint64_t total)>;
 
 // Whether a transaction waits for another one to end.
 enum class Waiting { yes, no };
@@ -74,6 +87,12 @@ class Storage {
     // The record at an address, or the first one behind or before it.
     virtual bool readRecord(int64_t address, StoredRecord *found) = 0;
     virtual bool findRecord(Direction direction, int64_t address, StoredRecord *found) = 0;
+
+    // The rank of an entry, nothing where it does not exist, and the entry at a rank, false where there are
+    // none at all. The first request for an index or the physical order prepares the file to answer the
+    // others at logarithmic cost, unless it cannot be written now.
+    virtual std::optional<Rank> rankOf(uint8_t order, ByteView key, int64_t address) = 0;
+    virtual bool findAtRank(uint8_t order, const RankChoice &choice, StoredEntry *found) = 0;
 
     // Copies bytes that lie behind the head of a record, from an offset behind the head.
     virtual void readTail(int64_t address, uint64_t offset, uint64_t length, char *target) = 0;

@@ -16,6 +16,8 @@ constexpr uint32_t comparisonOperations[] = {
 constexpr uint32_t comparisonCount = sizeof comparisonOperations / sizeof comparisonOperations[0];
 static_assert(comparisonCount == VANTREL_COMPARISON_LESS_OR_EQUAL + 1);
 
+constexpr uint32_t requestExtensionSize = 8;
+
 }  // namespace
 
 uint32_t operationForComparison(VantrelComparison comparison) {
@@ -36,9 +38,10 @@ int32_t retrieveRequestedRecord(VantrelFile *file, uint32_t operation, VantrelIn
     if (read.record == nullptr && recordSize != 0)
         return failWith(file, VANTREL_STATUS_INVALID_POINTER_PARAMETER, -1);
 
-    // Not initialised: the engine writes what it returns.
+    // Not initialised, since the engine writes what it returns, but where a longer request would go on.
     uint8_t work[recordSizeLimit - 1];
     memcpy(work, request, requestLength);
+    memset(work + requestLength, 0, requestExtensionSize);
     uint32_t length = std::max(recordSize, requestLength);
     VantrelStatus status = callVantrelKeyHelper(file, operation, work, &length, read.key,
                                                 static_cast<uint32_t>(read.keyLength), index);

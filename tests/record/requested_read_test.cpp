@@ -64,6 +64,15 @@ class RequestedReadTest : public RecordTest, public testing::WithParamInterface<
 INSTANTIATE_TEST_SUITE_P(Reads, RequestedReadTest, testing::ValuesIn(requestedReads),
                          [](const auto &row) { return row.param.name; });
 
+// Fractions leave theirs in memory that later requests use.
+TEST_P(RequestedReadTest, NoSignatureOfAnotherRequestFollows) {
+    VantrelFileRecordRetrieveByFraction(file, 2, 1, 2, key, 3, record, 20, 0);
+    read(20);
+    const Bytes &sent = engine.calls().back().dataBytes;
+    ASSERT_EQ(sent.size(), 20u);
+    EXPECT_EQ(Bytes(sent.begin() + requestLength(), sent.begin() + requestLength() + 8), Bytes(8, 0));
+}
+
 TEST_P(RequestedReadTest, CopiesTheRecordOutOfTheWorkBuffer) {
     GuardedBuffer guardedKey({9, 8, 7}), guardedRecord(Bytes(50, 0x77));
     engine.reply({.dataLength = 30, .data = Bytes(30, 0x33), .key = {6, 6, 6, 6}});

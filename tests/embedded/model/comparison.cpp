@@ -35,13 +35,24 @@ Bytes withFront(Bytes buffer, const Bytes &front) {
     return buffer;
 }
 
-std::string readDifference(const Step &step, const Expected &expected, const Observed &observed) {
+std::string keyDifference(const Step &step, const Expected &expected, const Observed &observed) {
     Bytes key = step.key;
     Bytes written = expected.key;
     written.resize(std::min(written.size(), key.size()));
     key = withFront(key, written);
     key.insert(key.end(), guardLength, guardByte);
-    std::string text = bytesDifference("key", key, observed.key);
+    return bytesDifference("key", key, observed.key);
+}
+
+std::string proportionDifference(const Step &step, const Expected &expected, const Observed &observed) {
+    std::string text = keyDifference(step, expected, observed);
+    if (!text.empty())
+        return text;
+    return numberDifference("proportion", observed.status == 0 ? expected.value : -1, observed.value);
+}
+
+std::string readDifference(const Step &step, const Expected &expected, const Observed &observed) {
+    std::string text = keyDifference(step, expected, observed);
     if (!text.empty())
         return text;
     Bytes record(static_cast<size_t>(step.recordSize) + guardLength, guardByte);
@@ -86,6 +97,8 @@ std::string difference(const Step &step, const Expected &expected, const Observe
         return text;
     if (isRead(step.action))
         return readDifference(step, expected, observed);
+    if (step.action == Action::getProportion)
+        return proportionDifference(step, expected, observed);
     if (step.action == Action::insert)
         return insertDifference(expected, observed);
     if (step.action == Action::information)

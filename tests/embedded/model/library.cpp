@@ -51,6 +51,8 @@ Observed Library::apply(const Step &step, Address address) {
             observed.value = VantrelFileGetCursorPosition(file(step));
             observed.status = VantrelFileGetLastStatusCode(file(step));
             return observed;
+        case Action::getProportion:
+            return getProportion(step, address);
         case Action::information:
             return information(file(step));
         case Action::createIndex:
@@ -94,6 +96,20 @@ Observed Library::insert(const Step &step) {
         VantrelFileRecordCreate(file(step), record.data(), static_cast<uint32_t>(record.size()));
     if (observed.status == 0)
         observed.insertedAddress = VantrelFileGetCursorPosition(file(step));
+    return observed;
+}
+
+Observed Library::getProportion(const Step &step, Address address) {
+    Observed observed;
+    observed.key = step.key;
+    observed.key.insert(observed.key.end(), guardLength, guardByte);
+    uint8_t *key = step.hasKey ? observed.key.data() : nullptr;
+    auto keyLength = static_cast<uint32_t>(step.key.size());
+    observed.value =
+        step.denominator == percentageDenominator
+            ? VantrelFileGetPercentage(file(step), step.index, key, keyLength, address)
+            : VantrelFileGetNumerator(file(step), step.index, key, keyLength, address, step.denominator);
+    observed.status = VantrelFileGetLastStatusCode(file(step));
     return observed;
 }
 
@@ -147,6 +163,13 @@ int32_t Library::readRecord(const Step &step, Address address, uint8_t *key, uin
         case Action::retrieveByPosition:
             return VantrelFileRecordRetrieveByCursorPosition(file(step), step.index, address, key, keyLength,
                                                              record, size, VANTREL_LOCK_MODE_NONE);
+        case Action::retrieveByProportion:
+            if (step.denominator == percentageDenominator)
+                return VantrelFileRecordRetrieveByPercentage(file(step), step.index, step.numerator, key,
+                                                             keyLength, record, size, VANTREL_LOCK_MODE_NONE);
+            return VantrelFileRecordRetrieveByFraction(file(step), step.index, step.numerator,
+                                                       step.denominator, key, keyLength, record, size,
+                                                       VANTREL_LOCK_MODE_NONE);
         default:
             return VantrelFileRecordRetrieve(file(step), step.comparison, step.index, key, keyLength, record,
                                              size, VANTREL_LOCK_MODE_NONE);

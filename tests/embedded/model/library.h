@@ -42,6 +42,7 @@ class Library {
     Observed read(const Step &step, Address address);
     VantrelStatus readKeyAlone(const Step &step, uint8_t *key, int32_t keyLength);
     int32_t readRecord(const Step &step, Address address, uint8_t *key, uint8_t *record, int32_t size);
+    Observed getProportion(const Step &step, Address address);
     Observed insert(const Step &step);
     Observed information(VantrelFile *file);
     VantrelStatus control(const Step &step);

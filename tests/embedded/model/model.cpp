@@ -121,6 +121,8 @@ Expected Model::apply(const Step &step, Address insertedAddress) {
             return remove(step);
         case Action::getPosition:
             return getPosition(step);
+        case Action::getProportion:
+            return getProportion(step);
         case Action::begin:
             return begin(step);
         case Action::end:

@@ -38,6 +38,8 @@ class Model {
     Expected apply(const Step &step, Address insertedAddress);
 
     Address addressOf(const Step &step) const;
+    // With the key of the record that the step is about, where it needs one and has none.
+    Step withOwnKey(Step step) const;
     bool isOpen(uint32_t handle) const { return handles_[handle].isOpen; }
     bool isInTransaction(uint32_t session) const { return sessions_[session].isInTransaction; }
 
@@ -90,6 +92,10 @@ class Model {
     std::optional<Address> search(const Step &step, VantrelIndex index, const Bytes &key) const;
     Expected found(const Step &step, VantrelIndex index, Address address);
     Expected getPosition(const Step &step) const;
+    // The records of an index, or all of them, in order.
+    std::vector<Address> ordered(const Step &step) const;
+    Expected readByProportion(const Step &step);
+    Expected getProportion(const Step &step);
 
     Expected begin(const Step &step);
     Expected finish(const Step &step);

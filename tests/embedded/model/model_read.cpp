@@ -29,6 +29,8 @@ Expected Model::read(const Step &step) {
     Expected expected;
     if (step.action == Action::retrieveByPosition)
         expected = readByPosition(step);
+    else if (step.action == Action::retrieveByProportion)
+        expected = readByProportion(step);
     else if (step.action == Action::retrieve)
         expected = readByKey(step, index);
     else if (index == VANTREL_INDEX_NONE && !step.readsKeyAlone)

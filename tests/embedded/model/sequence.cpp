@@ -33,7 +33,7 @@ class Run {
     const std::string &difference() const { return difference_; }
 
   private:
-    bool performOne(const Step &step);
+    bool performOne(const Step &asked);
     void walk(Step step, Action first, Action following);
 
     Library library_;
@@ -43,9 +43,10 @@ class Run {
 };
 
 // Gives whether the step succeeded.
-bool Run::performOne(const Step &step) {
-    if (!difference_.empty() || !model_.permits(step))
+bool Run::performOne(const Step &asked) {
+    if (!difference_.empty() || !model_.permits(asked))
         return false;
+    Step step = model_.withOwnKey(asked);
     Observed observed = library_.apply(step, model_.addressOf(step));
     if (log_ != nullptr)
         *log_ += "  " + describe(step) + " -> " + std::to_string(observed.status) + "\n";

@@ -20,6 +20,8 @@ enum class Action {
     previous,
     getPosition,
     retrieveByPosition,
+    retrieveByProportion,
+    getProportion,
     begin,
     end,
     abort,
@@ -38,6 +40,7 @@ inline constexpr uint32_t handlesPerSession = 2;
 inline constexpr uint32_t handleCount = sessionCount * handlesPerSession;
 
 inline constexpr VantrelIndex noIndexYet = -7;
+inline constexpr uint32_t percentageDenominator = 10000;
 
 struct Step {
     Action action;
@@ -54,6 +57,9 @@ struct Step {
     int32_t recordSize = 0;
     // Chooses among the addresses known when the step runs, and some that are not.
     uint32_t addressChoice = 0;
+    // A denominator of hundredths of a percent stands for the percentage functions.
+    uint32_t numerator = 0;
+    uint32_t denominator = percentageDenominator;
     IndexDefinition indexDefinition = {};
 
     uint32_t session() const { return handle / handlesPerSession; }

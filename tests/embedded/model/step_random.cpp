@@ -1,4 +1,5 @@
 #include "step.h"
+#include "step_text.h"
 
 namespace vantrel::test {
 
@@ -100,7 +101,9 @@ void chooseRead(RandomSource &random, const FileDefinition &file, Step *step) {
     bool mayGoPhysically = step->action != Action::retrieve || random.percent(5);
     if (mayGoPhysically && random.percent(25))
         step->index = VANTREL_INDEX_NONE;
-    if (step->action != Action::retrieveByPosition && random.percent(2))
+    bool isNavigation = isRead(step->action) && step->action != Action::retrieveByPosition &&
+                        step->action != Action::retrieveByProportion;
+    if (isNavigation && random.percent(2))
         step->index = noIndexYet;
     chooseKey(random, file, step);
     bool mayLeaveKeyOut = step->action != Action::retrieve;
@@ -109,8 +112,20 @@ void chooseRead(RandomSource &random, const FileDefinition &file, Step *step) {
         step->hasKey = false;
     }
     step->recordSize = random.percent(90) ? 40 : static_cast<int32_t>(random.below(20));
-    step->isKeyOnly = step->action != Action::retrieveByPosition && random.percent(20);
+    step->isKeyOnly = isNavigation && random.percent(20);
     step->readsKeyAlone = step->isKeyOnly && step->hasKey && random.percent(70);
+}
+
+void chooseProportion(RandomSource &random, Step *step) {
+    static const std::vector<uint32_t> denominators = {0, 1, 2, 7, UINT32_MAX};
+    if (random.percent(50))
+        step->denominator = random.pick(denominators);
+    uint64_t limit = uint64_t{step->denominator} + 1;
+    step->numerator = static_cast<uint32_t>(random.below(10001) * limit / 10001);
+    if (random.percent(20))
+        step->numerator = random.percent(50) ? step->denominator : step->denominator / 2;
+    if (random.percent(4))
+        step->numerator = random.percent(50) ? step->denominator + 1 : UINT32_MAX;
 }
 
 struct Weight {
@@ -119,15 +134,26 @@ struct Weight {
 };
 
 constexpr Weight weights[] = {
-    {Action::insert, 24},     {Action::update, 10},
-    {Action::remove, 7},      {Action::retrieve, 16},
-    {Action::first, 5},       {Action::last, 5},
-    {Action::next, 22},       {Action::previous, 18},
-    {Action::getPosition, 3}, {Action::retrieveByPosition, 6},
-    {Action::begin, 4},       {Action::end, 3},
-    {Action::abort, 3},       {Action::open, 5},
-    {Action::close, 2},       {Action::createIndex, 2},
-    {Action::dropIndex, 1},   {Action::information, 2},
+    {Action::insert, 24},
+    {Action::update, 10},
+    {Action::remove, 7},
+    {Action::retrieve, 16},
+    {Action::first, 5},
+    {Action::last, 5},
+    {Action::next, 22},
+    {Action::previous, 18},
+    {Action::getPosition, 3},
+    {Action::retrieveByPosition, 6},
+    {Action::retrieveByProportion, 6},
+    {Action::getProportion, 6},
+    {Action::begin, 4},
+    {Action::end, 3},
+    {Action::abort, 3},
+    {Action::open, 5},
+    {Action::close, 2},
+    {Action::createIndex, 2},
+    {Action::dropIndex, 1},
+    {Action::information, 2},
 };
 
 Action randomAction(RandomSource &random) {
@@ -166,6 +192,7 @@ Step randomStep(RandomSource &random, const FileDefinition &file) {
         step.index = random.pick(indexNumbers);
     else
         chooseRead(random, file, &step);
+    chooseProportion(random, &step);
     return step;
 }
 

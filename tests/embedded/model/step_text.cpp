@@ -8,9 +8,10 @@ namespace {
 
 std::string nameOf(Action action) {
     static const char *const names[] = {
-        "insert",   "update",      "delete",     "retrieve",    "first",       "last",        "next",
-        "previous", "getPosition", "byPosition", "begin",       "end",         "abort",       "open",
-        "close",    "createIndex", "dropIndex",  "information", "walkForward", "walkBackward"};
+        "insert",    "update",      "delete",      "retrieve",    "first",        "last",
+        "next",      "previous",    "getPosition", "byPosition",  "byProportion", "proportion",
+        "begin",     "end",         "abort",       "open",        "close",        "createIndex",
+        "dropIndex", "information", "walkForward", "walkBackward"};
     return names[static_cast<size_t>(action)];
 }
 
@@ -31,8 +32,8 @@ std::string nameOf(VantrelComparison comparison) {
 
 bool namesIndex(Action action) {
     return (isRead(action) && action != Action::next && action != Action::previous) ||
-           action == Action::createIndex || action == Action::dropIndex || action == Action::walkForward ||
-           action == Action::walkBackward;
+           action == Action::getProportion || action == Action::createIndex || action == Action::dropIndex ||
+           action == Action::walkForward || action == Action::walkBackward;
 }
 
 std::string describeRead(const Step &step) {
@@ -41,6 +42,8 @@ std::string describeRead(const Step &step) {
         text += " " + nameOf(step.comparison);
     if (step.action == Action::retrieveByPosition)
         text += " address choice " + std::to_string(step.addressChoice);
+    if (step.action == Action::retrieveByProportion)
+        text += " at " + std::to_string(step.numerator) + "/" + std::to_string(step.denominator);
     text += step.hasKey ? " key " + hexText(step.key) : " no key";
     if (step.isKeyOnly)
         return text + (step.readsKeyAlone ? " key alone" : " key only");
@@ -60,7 +63,8 @@ std::string hexText(const Bytes &bytes) {
 }
 
 bool isRead(Action action) {
-    return (action >= Action::retrieve && action <= Action::previous) || action == Action::retrieveByPosition;
+    return (action >= Action::retrieve && action <= Action::previous) ||
+           action == Action::retrieveByPosition || action == Action::retrieveByProportion;
 }
 
 std::string describe(const IndexDefinition &index) {
@@ -85,6 +89,9 @@ std::string describe(const Step &step) {
         text += " index " + std::to_string(step.index);
     if (isRead(step.action))
         text += describeRead(step);
+    if (step.action == Action::getProportion)
+        text += " address choice " + std::to_string(step.addressChoice) + " of " +
+                std::to_string(step.denominator) + (step.hasKey ? " key " + hexText(step.key) : " own key");
     if (step.action == Action::insert || step.action == Action::update)
         text += " " + hexText(step.record);
     if (step.action == Action::begin)

@@ -1,0 +1,101 @@
+#ifndef VANTREL_EMBEDDED_STORAGE_SQLITE_COUNTS_H
+#define VANTREL_EMBEDDED_STORAGE_SQLITE_COUNTS_H
+
+#include <array>
+#include <compare>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "embedded/storage/sqlite_database.h"
+
+namespace vantrel::embedded {
+
+// Where an entry stands in an order of the file: an index, or the physical order, whose keys are empty.
+struct OrderPlace {
+    Bytes key;
+    int64_t address = 0;
+
+    auto operator<=>(const OrderPlace &) const = default;
+};
+
+// How many entries of an order stand in front of a place, and what stands at a rank. An order is counted by
+// a tree of buckets once it is built: those of level 1 hold runs of entries, those above runs of the buckets
+// below, each with the place where it begins and the number of entries it covers. An order without a tree is
+// counted entry by entry.
+class SqliteCounts {
+  public:
+    explicit SqliteCounts(Database &database) : database_(database) {}
+
+    // Learns which orders have trees, as of the snapshot or write transaction that has begun.
+    void load();
+    bool isBuilt(uint8_t order) const { return heights_[order] != 0; }
+    // Whether the write transaction changed what other connections have loaded.
+    bool isReshaped() const { return isReshaped_; }
+    void shapeCommitted() { isReshaped_ = false; }
+
+    uint64_t total(uint8_t order);
+    uint64_t countInFront(uint8_t order, const OrderPlace &place);
+    // Nothing where the order has fewer entries.
+    std::optional<OrderPlace> find(uint8_t order, uint64_t rank);
+    bool hasEntry(uint8_t order, const OrderPlace &place);
+
+    // Inside a write transaction.
+    void build(uint8_t order);
+    void drop(uint8_t order);
+    // An entry was inserted or deleted; without effect where the order has no tree.
+    void inserted(uint8_t order, ByteView key, int64_t address);
+    void deleted(uint8_t order, ByteView key, int64_t address);
+
+    // Whether every tree is true to the entries.
+    bool areTrue();
+
+  private:
+    struct Bucket {
+        OrderPlace start;
+        uint64_t count = 0;
+    };
+    struct EntryStatements {
+        Statement nth, between, total;
+    };
+
+    EntryStatements &entriesOf(uint8_t order);
+    Statement &prepared(Statement &statement, const char *sql);
+    void setHeight(uint8_t order, int height);
+
+    // Level 0 stands for the entries.
+    std::optional<OrderPlace> nth(uint8_t order, int level, const OrderPlace &from, uint64_t number);
+    uint64_t countBetween(uint8_t order, const OrderPlace &from, const OrderPlace &to);
+    uint64_t countEntries(uint8_t order);
+    uint64_t countUnder(uint8_t order, int level, const OrderPlace &from, uint64_t rows);
+
+    Statement &bucketsFrom(uint8_t order, int level, const OrderPlace &from);
+    Bucket bucketAt(uint8_t order, int level, const OrderPlace &place);
+    std::vector<Bucket> bucketsOf(uint8_t order, int level);
+    void insertBucket(uint8_t order, int level, const Bucket &bucket);
+    void setCount(uint8_t order, int level, const Bucket &bucket);
+    void eraseBucket(uint8_t order, int level, const Bucket &bucket);
+
+    uint64_t enterBucketOf(uint8_t order, int level, const OrderPlace &place, OrderPlace *start);
+    uint64_t enterBucketOf(uint8_t order, int level, uint64_t rank, OrderPlace *start);
+    Bucket add(uint8_t order, const OrderPlace &place, uint64_t difference);
+    void buildLevel(uint8_t order, int level);
+    void addLevel(uint8_t order);
+    void split(uint8_t order, int level, const Bucket &bucket);
+    void mergeWithNeighbour(uint8_t order, int level, const Bucket &bucket);
+    bool merge(uint8_t order, int level, const Bucket &left, const Bucket &right);
+    bool isFirstChild(uint8_t order, int level, const OrderPlace &start);
+    bool holdMore(uint8_t order, int level, const Bucket &first, const Bucket &last, uint64_t rows);
+    bool isTrue(uint8_t order);
+    bool entriesAreCovered(uint8_t order, const std::vector<Bucket> &buckets);
+
+    Database &database_;
+    std::array<uint8_t, 256> heights_{};  // by order, 0 without a tree
+    bool isReshaped_ = false;
+    std::map<uint8_t, EntryStatements> entries_;
+    Statement nthBucket_, bucketAt_, bucketsFrom_, insertBucket_, setCount_, eraseBucket_;
+};
+
+}  // namespace vantrel::embedded
+
+#endif
