@@ -93,7 +93,8 @@ void Session::removeFileIfUnused(OpenFile &file) {
 }
 
 void Session::touch(OpenFile &file) {
-    if (transaction == TransactionKind::exclusive && !file.storage().isWriting())
+    bool isTaken = file.storage().isWriting() || file.isReadOnly();
+    if (transaction == TransactionKind::exclusive && !isTaken)
         file.storage().begin(Waiting::yes);
 }
 
@@ -130,6 +131,7 @@ void Session::endTransaction() {
     transaction = TransactionKind::none;
     transactionLock = LockBias::none;
     transactionIsDoomed = false;
+    lockUser.endTransaction();
     std::vector<OpenFile *> open;
     for (auto &[path, file] : files_) {
         file->unlockTransaction();
@@ -150,6 +152,13 @@ void Session::reset() {
     files_.clear();
     directory.clear();
     login = {};
+    lockUser.setName({});
+    lockUser.refusal.reset();
+}
+
+bool Session::holdsNothing() const {
+    return !hasPositions() && files_.empty() && !insideTransaction() && directory.empty() &&
+           !login.isActive && !lockUser.refusal;
 }
 
 void Session::housekeep() {
@@ -164,7 +173,8 @@ void Session::abandon() {
     files_.clear();
 }
 
-ChangeScope::ChangeScope(Session &session, OpenFile &file) : session_(session), storage_(file.storage()) {
+ChangeScope::ChangeScope(Session &session, OpenFile &file)
+    : session_(session), file_(file), storage_(file.storage()) {
     if (session.insideTransaction() && session.transactionIsDoomed)
         throw StatusError{VANTREL_STATUS_END_CHANGED_TO_ABORT};
     if (!storage_.isWriting())
@@ -172,12 +182,29 @@ ChangeScope::ChangeScope(Session &session, OpenFile &file) : session_(session), 
 }
 
 ChangeScope::~ChangeScope() {
-    if (isDone_)
+    if (session_.insideTransaction()) {
+        if (!isDone_ && hasBegun_)
+            session_.transactionIsDoomed = true;
+        if (!hasBegun_)
+            file_.recordLocks().releaseChanged(lastLocked_);
         return;
-    if (session_.insideTransaction())
-        session_.transactionIsDoomed |= hasBegun_;
-    else
+    }
+    if (!isDone_)
         storage_.rollback();
+    file_.recordLocks().releaseAllChanged();
+}
+
+bool ChangeScope::tryLock(int64_t address) {
+    switch (file_.recordLocks().tryLockForChange(address)) {
+        case RecordLocks::ChangeLock::refused:
+            file_.lockFile().noteRefusal(address);
+            return false;
+        case RecordLocks::ChangeLock::taken:
+            lastLocked_ = address;
+            return true;
+        default:
+            return true;
+    }
 }
 
 void ChangeScope::commit() {

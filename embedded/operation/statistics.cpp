@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "embedded/operation/lock_owner.h"
 #include "embedded/operation/operations.h"
 #include "embedded/operation/reply.h"
 #include "engine/bytes.h"
@@ -130,7 +131,7 @@ Bytes replyTo(uint32_t subFunction, Session &session, Position &position) {
         case gateway:
             return Bytes(72, '\0');
         case lockOwner:
-            return Bytes(104, '\0');
+            return lockOwnerReply(session.lockUser.refusal);
         case security:
             return securityReply(session, position);
         case referentialIntegrity:

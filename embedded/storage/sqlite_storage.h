@@ -77,6 +77,8 @@ class SqliteStorage final : public Storage {
     void reloadIfRedefined();
     void reload();
     void loadState();
+    bool tryBeginWriting();
+    void endWriting();
     void resetScans();
     void endTransaction(const char *how);
     void shareCache();
@@ -85,6 +87,7 @@ class SqliteStorage final : public Storage {
     Statement &prepared(Statement &statement, uint8_t index, const char *head, const char *tail);
     bool advance(Scan &scan, StoredEntry *found);
 
+    WriteGate *writeGate_;
     Database database_;
     WalIndex walIndex_;
     WalIndex::Header snapshotHeader_{};
