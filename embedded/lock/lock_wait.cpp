@@ -89,6 +89,7 @@ LockWaits *lockWaits = new LockWaits;
 LockWait::LockWait(LockFile &file, int64_t part, WaitClock::time_point deadline)
     : file_(file), part_(part), deadline_(deadline) {
     std::lock_guard lock(lockWaits->mutex);
+    begunAt_ = ++lockWaits->events;
     lockWaits->add(this);
 }
 
@@ -97,14 +98,14 @@ LockWait::~LockWait() {
     lockWaits->remove(this);
 }
 
-// The others of a circle are made to try again before it is believed: what one of them waits for may have
-// been deleted, so that it goes on without it.
+// The last that came to a circle leaves it. The others, who have waited all the while, are made to try again
+// before that: what one of them waits for may have been deleted, so that it goes on without it.
 bool LockWait::canNeverEnd() {
     std::vector<LockWait *> others = lockWaits->circleOf(this);
-    if (others.empty()) {
-        suspectedAt_ = 0;
+    bool isLast = std::all_of(others.begin(), others.end(),
+                              [this](const LockWait *other) { return other->begunAt_ < begunAt_; });
+    if (others.empty() || !isLast)
         return false;
-    }
     if (suspectedAt_ != 0)
         return std::all_of(others.begin(), others.end(),
                            [this](const LockWait *other) { return other->pausedAt_ > suspectedAt_; });
