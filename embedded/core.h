@@ -23,6 +23,7 @@ struct Request {
     uint8_t *key;        // null or `keyLength` bytes
     uint32_t keyLength;
     int32_t keyNumber;
+    bool leavesNothing;  // returned: the session is as good as a new one
 };
 
 inline constexpr uint32_t positionBlockSize = 128;
@@ -32,8 +33,8 @@ inline constexpr uint32_t positionBlockSize = 128;
 #pragma GCC visibility push(default)
 extern "C" {
 
-// Null when memory runs out.
-vantrel::embedded::Session *vantrelCoreOpenSession();
+// For a client identifier of 16 bytes; null when memory runs out.
+vantrel::embedded::Session *vantrelCoreOpenSession(const uint8_t *identifier);
 
 // Never throws. Calls of one session are serialised.
 int32_t vantrelCoreExecute(vantrel::embedded::Session *session, vantrel::embedded::Request *request);
@@ -41,8 +42,12 @@ int32_t vantrelCoreExecute(vantrel::embedded::Session *session, vantrel::embedde
 // Ends all that the session holds and frees it; nobody may be using it.
 void vantrelCoreCloseSession(vantrel::embedded::Session *session);
 
-// Ends all that the session holds; it goes on empty.
-void vantrelCoreResetSession(vantrel::embedded::Session *session);
+// Whether the session is as good as a new one, so that nothing is lost by closing it.
+bool vantrelCoreSessionHoldsNothing(vantrel::embedded::Session *session);
+
+// Ends all that the session holds; it goes on empty. A call that is under way in it is waited for, or else
+// left alone with all that the session holds.
+void vantrelCoreResetSession(vantrel::embedded::Session *session, bool waits);
 
 // A process that forks calls these around the fork; in the child every session is lost afterwards.
 void vantrelCorePrepareFork();

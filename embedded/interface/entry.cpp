@@ -12,10 +12,15 @@ constexpr uint16_t operationStop = 25;
 
 int32_t execute(Request *request, const void *clientIdentifier) {
     std::shared_ptr<Session> session = findSession(clientIdentifier);
-    if (request->operation != operationStop)
-        return vantrelCoreExecute(session.get(), request);
-    resetAllSessions();
-    return VANTREL_STATUS_NO_ERROR;
+    if (request->operation == operationStop) {
+        resetAllSessions();
+        forgetIfUnused(session, clientIdentifier);
+        return VANTREL_STATUS_NO_ERROR;
+    }
+    int32_t status = vantrelCoreExecute(session.get(), request);
+    if (request->leavesNothing)
+        forgetIfUnused(session, clientIdentifier);
+    return status;
 }
 
 }  // namespace
@@ -42,6 +47,7 @@ extern "C" __attribute__((visibility("default"))) int32_t VNTLEXID(uint32_t oper
         .key = static_cast<uint8_t *>(key),
         .keyLength = key == nullptr || keyLength < 0 ? 0 : static_cast<uint32_t>(keyLength),
         .keyNumber = keyNumber,
+        .leavesNothing = false,
     };
     int32_t status;
     try {

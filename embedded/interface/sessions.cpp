@@ -7,7 +7,6 @@
 #include <map>
 #include <mutex>
 #include <new>
-#include <vector>
 
 namespace vantrel::embedded {
 
@@ -22,6 +21,13 @@ struct Registry {
 
 // Never destroyed: calls may come from other exit handlers. A forked child begins with a new one.
 Registry *registry;
+
+IdentifierBlock blockOf(const void *clientIdentifier) {
+    IdentifierBlock block{};
+    if (clientIdentifier != nullptr)
+        memcpy(block.data(), clientIdentifier, block.size());
+    return block;
+}
 
 void prepareFork() {
     registry->mutex.lock();
@@ -51,14 +57,12 @@ Registry &currentRegistry() {
 }  // namespace
 
 std::shared_ptr<Session> findSession(const void *clientIdentifier) {
-    IdentifierBlock block{};
-    if (clientIdentifier != nullptr)
-        memcpy(block.data(), clientIdentifier, block.size());
+    IdentifierBlock block = blockOf(clientIdentifier);
     Registry &known = currentRegistry();
     std::lock_guard lock(known.mutex);
     std::shared_ptr<Session> &session = known.sessions[block];
     if (session == nullptr) {
-        Session *opened = vantrelCoreOpenSession();
+        Session *opened = vantrelCoreOpenSession(block.data());
         if (opened == nullptr)
             throw std::bad_alloc();
         session.reset(opened, vantrelCoreCloseSession);
@@ -66,16 +70,31 @@ std::shared_ptr<Session> findSession(const void *clientIdentifier) {
     return session;
 }
 
+// Whoever uses a session has a handle of it, taken under the mutex.
+void forgetIfUnused(const std::shared_ptr<Session> &session, const void *clientIdentifier) {
+    constexpr long mineAndTheRegistrys = 2;
+    Registry &known = currentRegistry();
+    std::lock_guard lock(known.mutex);
+    auto found = known.sessions.find(blockOf(clientIdentifier));
+    if (found != known.sessions.end() && found->second == session &&
+        session.use_count() == mineAndTheRegistrys && vantrelCoreSessionHoldsNothing(session.get()))
+        known.sessions.erase(found);
+}
+
+// Sessions that wait for what others hold are left for the second turn, when those hold nothing any more.
 void resetAllSessions() {
     Registry &known = currentRegistry();
-    std::vector<std::shared_ptr<Session>> sessions;
+    std::map<IdentifierBlock, std::shared_ptr<Session>> sessions;
     {
         std::lock_guard lock(known.mutex);
-        for (auto &[block, session] : known.sessions)
-            sessions.push_back(session);
+        sessions = known.sessions;
     }
-    for (auto &session : sessions)
-        vantrelCoreResetSession(session.get());
+    for (bool waits : {false, true}) {
+        for (auto &[block, session] : sessions)
+            vantrelCoreResetSession(session.get(), waits);
+    }
+    for (auto &[block, session] : sessions)
+        forgetIfUnused(session, block.data());
 }
 
 }  // namespace vantrel::embedded

@@ -11,6 +11,9 @@ namespace vantrel::embedded {
 // alive while a call uses it.
 std::shared_ptr<Session> findSession(const void *clientIdentifier);
 
+// Frees a session that holds nothing, unless another call is using it.
+void forgetIfUnused(const std::shared_ptr<Session> &session, const void *clientIdentifier);
+
 // Ends all that the sessions of this process hold.
 void resetAllSessions();
 

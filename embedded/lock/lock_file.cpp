@@ -5,19 +5,32 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <vector>
+
+#include "embedded/lock/holder_slot.h"
+#include "embedded/lock/lock_wait.h"
 #include "embedded/system_error.h"
 
 namespace vantrel::embedded {
 
 namespace {
 
-// Byte 0 is locked by every user of the file, the byte at a record's address by who has locked the record, a
-// byte of its own in the range of handles for each open handle, and the byte behind that range by who keeps
-// the file from changing on disk.
-constexpr int64_t userByte = 0;
-constexpr int64_t firstHandleByte = int64_t{1} << 61;
+// What can be held has a range of bytes each. A lock always begins with the first of them, so that two
+// conflict, and its length tells who holds it and how.
+constexpr int64_t partBytes = 8192;
+constexpr int64_t kindCount = 8;
+static_assert((lastHolderSlot + 1) * kindCount < partBytes);
+
+// Behind these ranges every slot has a byte, locked by the session that uses it, and every open handle.
+constexpr int64_t firstSlotByte = (endOfRecords + 1) * partBytes;
+constexpr int64_t firstHandleByte = int64_t{1} << 62;
 constexpr int64_t handleRange = int64_t{1} << 61;
 constexpr int64_t continuousOperationByte = firstHandleByte + handleRange;
+
+int64_t lengthOf(uint16_t slot, HoldKind kind) {
+    return slot * kindCount + static_cast<int64_t>(kind) + 1;
+}
 
 int64_t randomHandleByte() {
     uint64_t random = 0;
@@ -27,26 +40,49 @@ int64_t randomHandleByte() {
     return firstHandleByte + static_cast<int64_t>(random % static_cast<uint64_t>(handleRange / 2)) * 2;
 }
 
+// Sessions of one process begin their search for a free slot at different ones.
+uint16_t firstSlotToTry() {
+    static std::atomic<uint32_t> next{0};
+    return static_cast<uint16_t>(next++ % lastHolderSlot);
+}
+
 }  // namespace
 
 std::string lockFilePath(const std::string &path) {
     return path + "-lock";
 }
 
-LockFile::LockFile(const std::string &path, Sharing sharing) : path_(lockFilePath(path)) {
+LockFile::LockFile(const std::string &path, Sharing sharing, LockUser &user)
+    : path_(lockFilePath(path)), user_(user) {
     // A user that leaves last removes the side file, perhaps between its opening and its locking here.
-    for (;;) {
+    do {
         if (!openSideFile())
             return;
+    } while (!enter(sharing));
+}
+
+// False where the side file was removed meanwhile.
+bool LockFile::enter(Sharing sharing) {
+    try {
         bool isExclusive = sharing == Sharing::exclusive;
-        if (!trySet(isExclusive ? F_WRLCK : F_RDLCK, userByte, 1)) {
-            close(descriptor_);
+        if (isWritable_ && takeSlot())
+            describeUser();
+        if (!trySetOpened(isExclusive ? F_WRLCK : F_RDLCK,
+                          isExclusive ? HoldKind::exclusiveOpening : HoldKind::sharedOpening)) {
+            noteRefusal(openedFile);
             throw StatusError{VANTREL_STATUS_FILE_IN_USE};
         }
-        if (isStillInPlace())
-            return;
+        if (isInPlace()) {
+            addLockUser(id_, slot_, &user_);
+            return true;
+        }
+    } catch (...) {
         close(descriptor_);
+        throw;
     }
+    close(descriptor_);
+    slot_ = 0;
+    return false;
 }
 
 // Without write permission an existing side file is still used for reading, and a missing one done without.
@@ -62,15 +98,38 @@ bool LockFile::openSideFile() {
     return descriptor_ >= 0;
 }
 
-bool LockFile::isStillInPlace() const {
+bool LockFile::isInPlace() {
     struct stat opened, placed;
-    return fstat(descriptor_, &opened) == 0 && stat(path_.c_str(), &placed) == 0 &&
-           opened.st_dev == placed.st_dev && opened.st_ino == placed.st_ino;
+    if (fstat(descriptor_, &opened) != 0)
+        throwSystemError(errno);
+    id_ = {opened.st_dev, opened.st_ino};
+    return stat(path_.c_str(), &placed) == 0 && id_ == LockFileId{placed.st_dev, placed.st_ino};
+}
+
+// Where all slots are in use, the session goes without: it locks as well, but is not known by its locks.
+bool LockFile::takeSlot() {
+    uint16_t first = firstSlotToTry();
+    for (uint16_t tried = 0; tried < lastHolderSlot; ++tried) {
+        auto slot = static_cast<uint16_t>((first + tried) % lastHolderSlot + 1);
+        // Every second byte, so that two locks of one holder are never merged.
+        if (trySet(F_WRLCK, firstSlotByte + 2 * slot, 1)) {
+            slot_ = slot;
+            return true;
+        }
+    }
+    return false;
+}
+
+void LockFile::describeUser() {
+    describedRevision_ = user_.revision();
+    if (slot_ != 0 && !writeHolderSlot(descriptor_, slot_, user_.description()))
+        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
 }
 
 LockFile::~LockFile() {
     if (descriptor_ < 0)
         return;
+    removeLockUser(id_, slot_);
     try {
         if (makeExclusive())
             unlink(path_.c_str());
@@ -78,6 +137,7 @@ LockFile::~LockFile() {
         // The side file stays, which harms nobody.
     }
     close(descriptor_);
+    wakeLockWaits(id_, everyPart);
 }
 
 bool LockFile::trySet(short type, int64_t start, int64_t length) {
@@ -93,25 +153,34 @@ bool LockFile::trySet(short type, int64_t start, int64_t length) {
     throwSystemError(errno);
 }
 
-bool LockFile::findForeign(int64_t start, int64_t length, int64_t *lockStart, int64_t *lockLength) {
+std::optional<LockFile::Range> LockFile::findForeign(int64_t start, int64_t end) {
     struct flock lock = {};
     lock.l_type = F_WRLCK;
     lock.l_whence = SEEK_SET;
     lock.l_start = start;
-    lock.l_len = length;
+    lock.l_len = end - start;
     if (fcntl(descriptor_, F_OFD_GETLK, &lock) != 0)
         throwSystemError(errno);
-    *lockStart = lock.l_start;
-    *lockLength = lock.l_len;
-    return lock.l_type != F_UNLCK;
+    if (lock.l_type == F_UNLCK)
+        return std::nullopt;
+    return Range{lock.l_start, lock.l_start + lock.l_len};
+}
+
+// A lock that changes its length leaves no bytes of the longer one behind.
+bool LockFile::trySetOpened(short type, HoldKind kind) {
+    int64_t start = openedFile * partBytes;
+    if (!trySet(type, start, lengthOf(slot_, kind)))
+        return false;
+    trySet(F_UNLCK, start + lengthOf(slot_, kind), partBytes - lengthOf(slot_, kind));
+    return true;
 }
 
 bool LockFile::makeExclusive() {
-    return isWritable_ && trySet(F_WRLCK, userByte, 1);
+    return isWritable_ && trySetOpened(F_WRLCK, HoldKind::exclusiveOpening);
 }
 
 void LockFile::makeShared() {
-    trySet(F_RDLCK, userByte, 1);
+    trySetOpened(F_RDLCK, HoldKind::sharedOpening);
 }
 
 int64_t LockFile::addHandle() {
@@ -129,10 +198,17 @@ void LockFile::removeHandle(int64_t handle) {
 
 uint32_t LockFile::handleCount() {
     auto count = static_cast<uint32_t>(handles_.size());
-    int64_t start = firstHandleByte, found, length;
-    while (descriptor_ >= 0 && findForeign(start, firstHandleByte + handleRange - start, &found, &length)) {
+    std::vector<Range> unseen{{firstHandleByte, firstHandleByte + handleRange}};
+    while (descriptor_ >= 0 && !unseen.empty()) {
+        Range range = unseen.back();
+        unseen.pop_back();
+        std::optional<Range> found =
+            range.start < range.end ? findForeign(range.start, range.end) : std::nullopt;
+        if (!found)
+            continue;
         ++count;
-        start = found + length;
+        unseen.push_back({range.start, found->start});
+        unseen.push_back({found->end, range.end});
     }
     return count;
 }
@@ -144,23 +220,92 @@ bool LockFile::tryMarkContinuousOperation() {
 }
 
 bool LockFile::isInContinuousOperation() {
-    int64_t start, length;
-    return descriptor_ >= 0 && findForeign(continuousOperationByte, 1, &start, &length);
+    return descriptor_ >= 0 && findForeign(continuousOperationByte, continuousOperationByte + 1).has_value();
 }
 
-bool LockFile::tryLockRecord(int64_t address) {
-    if (!isWritable_)
-        throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
-    return trySet(F_WRLCK, address, 1);
+bool LockFile::tryLock(int64_t part, HoldKind kind) {
+    if (part >= endOfRecords)
+        throw StatusError{VANTREL_STATUS_NO_SYSTEM_LOCKS_AVAILABLE};
+    if (describedRevision_ != user_.revision())
+        describeUser();
+    return trySet(F_WRLCK, part * partBytes, lengthOf(slot_, kind));
 }
 
-void LockFile::unlockRecord(int64_t address) {
-    trySet(F_UNLCK, address, 1);
+void LockFile::unlock(int64_t part) {
+    if (descriptor_ < 0)
+        return;
+    trySet(F_UNLCK, part * partBytes, partBytes);
+    wakeLockWaits(id_, part);
 }
 
-bool LockFile::recordIsLockedByAnother(int64_t address) {
-    int64_t start, length;
-    return descriptor_ >= 0 && findForeign(address, 1, &start, &length);
+bool LockFile::isLockedByAnother(int64_t part) {
+    return descriptor_ >= 0 && part < endOfRecords &&
+           findForeign(part * partBytes, part * partBytes + 1).has_value();
+}
+
+void LockFile::lockAllRecords() {
+    std::vector<Range> wanted{{partBytes, endOfRecords * partBytes}};
+    while (!wanted.empty()) {
+        Range range = wanted.back();
+        if (range.start >= range.end || trySet(F_WRLCK, range.start, range.end - range.start)) {
+            wanted.pop_back();
+            continue;
+        }
+        std::optional<Range> held = findForeign(range.start, range.end);
+        if (!held)
+            continue;
+        wanted.back().end = held->start / partBytes * partBytes;
+        wanted.push_back({(held->end + partBytes - 1) / partBytes * partBytes, range.end});
+    }
+}
+
+void LockFile::unlockRecords(int64_t first, int64_t end) {
+    if (descriptor_ < 0 || first >= end)
+        return;
+    trySet(F_UNLCK, first * partBytes, (end - first) * partBytes);
+    wakeLockWaits(id_, everyPart);
+}
+
+void LockFile::keepOnlyLock(int64_t address, HoldKind kind) {
+    int64_t length = lengthOf(slot_, kind);
+    if (descriptor_ >= 0)
+        trySet(F_UNLCK, address * partBytes + length, partBytes - length);
+}
+
+// Only the session that writes locks all records.
+std::optional<LockFile::Holder> LockFile::holderOf(int64_t part) {
+    if (descriptor_ < 0)
+        return std::nullopt;
+    std::optional<Range> found = findForeign(part * partBytes, part * partBytes + 1);
+    if (!found)
+        return std::nullopt;
+    int64_t length = found->end - found->start;
+    if (length >= partBytes)
+        return holderOf(writeSide).value_or(Holder{0, HoldKind::change});
+    return Holder{static_cast<uint16_t>((length - 1) / kindCount),
+                  static_cast<HoldKind>((length - 1) % kindCount)};
+}
+
+// A holder that left while its slot was being read may have been followed by another one there.
+std::optional<HolderDescription> LockFile::descriptionOf(int64_t part, const Holder &holder) {
+    std::optional<HolderDescription> description = readHolderSlot(descriptor_, holder.slot);
+    std::optional<Holder> now = holderOf(part);
+    return now && now->slot == holder.slot ? description : std::nullopt;
+}
+
+void LockFile::noteRefusal(int64_t part) {
+    user_.refusal.reset();
+    std::optional<Holder> holder = holderOf(part);
+    if (!holder)
+        return;
+    Refusal refusal{.kind = holder->kind,
+                    .isRecord = part != writeSide && part != openedFile,
+                    .isSameProcess = lockUserOf(id_, holder->slot) != nullptr,
+                    .time = millisecondsNow(),
+                    .holder = {}};
+    if (holder->slot != 0)
+        refusal.holder = descriptionOf(part, *holder);
+    user_.refusal = refusal;
 }
 
 void LockFile::closeInChild() {

@@ -36,21 +36,18 @@ int32_t refuseDuplicate(Position &position, const DuplicateKey &duplicate) {
     return VANTREL_STATUS_DUPLICATE_KEY_VALUE;
 }
 
-StoredRecord currentRecord(Position &position) {
-    OpenFile &file = *position.file;
+StoredRecord currentRecord(ChangeScope &scope, Position &position) {
     int64_t address = *position.physical;
-    if (file.lockFile().recordIsLockedByAnother(address))
+    if (!scope.tryLock(address))
         throw StatusError{VANTREL_STATUS_RECORD_IN_USE};
     StoredRecord record;
-    if (!file.storage().readRecord(address, &record) || record.updateTime != *position.version)
+    if (!position.file->storage().readRecord(address, &record) || record.updateTime != *position.version)
         throw StatusError{VANTREL_STATUS_CONFLICT};
     return record;
 }
 
 void settleLocks(Session &session, Position &position, int64_t address) {
-    if (session.insideTransaction())
-        position.file->lockChanged(address);
-    else if (position.lockKind == LockKind::single)
+    if (!session.insideTransaction() && position.lockKind == LockKind::single)
         position.file->unlock(position, address);
 }
 

@@ -20,12 +20,12 @@ ByteView recordIn(const Request &request, const FileDefinition &definition);
 // Remembers who has the key already, for the statistics, and returns status 5.
 int32_t refuseDuplicate(Position &position, const DuplicateKey &duplicate);
 
-// The current record as it is stored now, under the write transaction. A record that another session has
-// locked is thrown as status 84, one that another session changed or deleted since it was read as 80.
-StoredRecord currentRecord(Position &position);
+// The current record as it is stored now, under the write transaction and locked for the change. A record
+// that another session has locked is thrown as status 84, one that another session changed or deleted since
+// it was read as 80.
+StoredRecord currentRecord(ChangeScope &scope, Position &position);
 
-// Inside a transaction changed records stay locked for others until it ends; outside one the change releases
-// the single lock.
+// Outside a transaction a change releases the single lock.
 void settleLocks(Session &session, Position &position, int64_t address);
 
 }  // namespace vantrel::embedded

@@ -161,7 +161,7 @@ int32_t changeChunk(Session &session, Request &request) {
 
     ChangeScope scope(session, file);
     RecordChange change(file.storage());
-    StoredRecord old = currentRecord(position);
+    StoredRecord old = currentRecord(scope, position);
     Edit edit = editOf(descriptor, position, old);
     checkEdit(descriptor, edit, old, *file.storage().definition());
     // Reading the tail below ends the validity of the stored head.

@@ -42,7 +42,7 @@ int32_t begin(Session &session, const Paths &paths) {
         // A snapshot of this session itself would keep the log from being emptied.
         if (OpenFile *file = session.findFile(path))
             file->storage().releaseSnapshot();
-        begun.emplace(path, std::make_unique<ContinuousOperation>(path));
+        begun.emplace(path, std::make_unique<ContinuousOperation>(path, session.lockUser));
     }
     session.continuousOperations.merge(begun);
     return VANTREL_STATUS_NO_ERROR;
@@ -65,8 +65,8 @@ int32_t end(Session &session, const Paths &paths) {
 
 }  // namespace
 
-ContinuousOperation::ContinuousOperation(const std::string &path)
-    : lockFile_(path, LockFile::Sharing::shared) {
+ContinuousOperation::ContinuousOperation(const std::string &path, LockUser &user)
+    : lockFile_(path, LockFile::Sharing::shared, user) {
     if (!lockFile_.tryMarkContinuousOperation())
         throw StatusError{VANTREL_STATUS_OPERATION_NOT_ALLOWED};
     freeze_ = freezeStorage(path);

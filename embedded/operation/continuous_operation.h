@@ -13,7 +13,7 @@ namespace vantrel::embedded {
 class ContinuousOperation {
   public:
     // Status 41 is thrown where the file is in continuous operation already.
-    explicit ContinuousOperation(const std::string &path);
+    ContinuousOperation(const std::string &path, LockUser &user);
 
     // Brings the changes made meanwhile into the file.
     void end() { freeze_->end(); }

@@ -45,24 +45,24 @@ void requireWritableDirectory(const std::string &path) {
         throwSystemError(errno);
 }
 
-int32_t deleteFile(const std::string &path) {
+int32_t deleteFile(Session &session, const std::string &path) {
     requireFile(path);
     requireWritableDirectory(path);
-    LockFile nobodyElse(path, LockFile::Sharing::exclusive);
+    LockFile nobodyElse(path, LockFile::Sharing::exclusive, session.lockUser);
     // Whatever is no file of this format is left alone.
     openStorage(path, {});
     removeStorage(path);
     return VANTREL_STATUS_NO_ERROR;
 }
 
-int32_t renameFile(const std::string &from, const std::string &to) {
+int32_t renameFile(Session &session, const std::string &from, const std::string &to) {
     requireFile(from);
     if (pathExists(to))
         return VANTREL_STATUS_FILE_ALREADY_EXISTS;
     requireWritableDirectory(from);
     requireWritableDirectory(to);
-    LockFile nobodyElse(from, LockFile::Sharing::exclusive);
-    LockFile nobodyThere(to, LockFile::Sharing::exclusive);
+    LockFile nobodyElse(from, LockFile::Sharing::exclusive, session.lockUser);
+    LockFile nobodyThere(to, LockFile::Sharing::exclusive, session.lockUser);
     moveStorage(from, to);
     return VANTREL_STATUS_NO_ERROR;
 }
@@ -72,10 +72,10 @@ int32_t renameFile(const std::string &from, const std::string &to) {
 int32_t createFile(Session &session, Request &request) {
     refuseInsideTransaction(session);
     if (request.keyNumber == keyNumberDelete)
-        return deleteFile(resolvePath(session, textInKey(request)));
+        return deleteFile(session, resolvePath(session, textInKey(request)));
     if (request.keyNumber == keyNumberRename) {
         std::string from = resolvePath(session, textInData(request));
-        return renameFile(from, resolvePath(session, textInKey(request)));
+        return renameFile(session, from, resolvePath(session, textInKey(request)));
     }
     CreateMode mode = createModeOf(request.keyNumber);
     std::string path = resolvePath(session, textInKey(request));
@@ -90,7 +90,7 @@ int32_t createFile(Session &session, Request &request) {
     if (exists)
         requireFile(path);
     requireWritableDirectory(path);
-    LockFile nobodyElse(path, LockFile::Sharing::exclusive);
+    LockFile nobodyElse(path, LockFile::Sharing::exclusive, session.lockUser);
     if (exists)
         openStorage(path, {});
     createStorage(path, definition);

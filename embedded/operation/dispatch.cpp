@@ -1,3 +1,4 @@
+#include <cstring>
 #include <new>
 
 #include "embedded/operation/live_sessions.h"
@@ -122,12 +123,22 @@ int32_t vantrelCoreExecute(Session *session, Request *request) {
     abandonInheritedSessions();
     std::lock_guard lock(session->mutex);
     int32_t status = executeGuarded(*session, *request);
+    request->leavesNothing = session->holdsNothing();
     housekeepIfDue(*session);
     return status;
 }
 
-void vantrelCoreResetSession(Session *session) {
+bool vantrelCoreSessionHoldsNothing(Session *session) {
     std::lock_guard lock(session->mutex);
+    return session->holdsNothing();
+}
+
+void vantrelCoreResetSession(Session *session, bool waits) {
+    std::unique_lock lock(session->mutex, std::defer_lock);
+    if (!waits && !lock.try_lock())
+        return;
+    if (waits)
+        lock.lock();
     try {
         session->reset();
     } catch (...) {
@@ -135,9 +146,11 @@ void vantrelCoreResetSession(Session *session) {
     }
 }
 
-Session *vantrelCoreOpenSession() {
+Session *vantrelCoreOpenSession(const uint8_t *identifier) {
     abandonInheritedSessions();
-    auto *session = new (std::nothrow) Session;
+    ClientIdentifier copied;
+    memcpy(copied.data(), identifier, copied.size());
+    auto *session = new (std::nothrow) Session(copied);
     if (session != nullptr && !addLiveSession(session)) {
         delete session;
         return nullptr;
@@ -147,6 +160,6 @@ Session *vantrelCoreOpenSession() {
 
 void vantrelCoreCloseSession(Session *session) {
     removeLiveSession(session);
-    vantrelCoreResetSession(session);
+    vantrelCoreResetSession(session, true);
     delete session;
 }

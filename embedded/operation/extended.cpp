@@ -92,7 +92,7 @@ int32_t deletePassing(RecordScan &scan, OpenFile &file, ChangeScope &scope, Exte
             return status;
         if (!reply.hasRoomFor(0))
             return VANTREL_STATUS_SMALL_EXTENDED_GET_BUFFER_ERROR;
-        if (file.lockFile().recordIsLockedByAnother(entry.record.address))
+        if (!scope.tryLock(entry.record.address))
             return VANTREL_STATUS_RECORD_IN_USE;
         scan.examineDeleted(entry);
         reply.add(entry.record.address, entry.record.length, 0);

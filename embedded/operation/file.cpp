@@ -42,10 +42,12 @@ OpenFile &openFileAt(Session &session, const std::string &path, OpenMode mode) {
         options.readOnly = access(path.c_str(), W_OK) != 0;
         options.accelerated = mode == OpenMode::accelerated;
         auto sharing = isExclusive ? LockFile::Sharing::exclusive : LockFile::Sharing::shared;
-        return session.addFile(std::make_unique<OpenFile>(path, sharing, options));
+        return session.addFile(std::make_unique<OpenFile>(path, sharing, options, session.lockUser));
     }
-    if (isExclusive && (!known->positions().empty() || !known->lockFile().makeExclusive()))
+    if (isExclusive && (!known->positions().empty() || !known->lockFile().makeExclusive())) {
+        known->lockFile().noteRefusal(openedFile);
         throw StatusError{VANTREL_STATUS_FILE_IN_USE};
+    }
     return *known;
 }
 

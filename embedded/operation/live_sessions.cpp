@@ -7,8 +7,10 @@
 #include <new>
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "embedded/core.h"
+#include "embedded/lock/lock_wait.h"
 #include "embedded/operation/continuous_operation.h"
 
 namespace vantrel::embedded {
@@ -105,15 +107,30 @@ void abandonInheritedSessions() {
 
 using namespace vantrel::embedded;
 
+// A session that pauses in a wait stands as still as one without a call, as long as waits are held up.
 void vantrelCorePrepareFork() {
     live->mutex.lock();
-    for (Session *session : live->sessions)
-        session->mutex.lock();
+    for (;;) {
+        bool allStandStill = true;
+        holdUpLockWaits();
+        for (Session *session : live->sessions) {
+            if (!session->isLockedForFork)
+                session->isLockedForFork = session->mutex.try_lock();
+            allStandStill &= session->isLockedForFork || isPausing(session->lockUser);
+        }
+        if (allStandStill)
+            return;
+        letLockWaitsGoOn();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 void vantrelCoreParentAfterFork() {
-    for (Session *session : live->sessions)
-        session->mutex.unlock();
+    letLockWaitsGoOn();
+    for (Session *session : live->sessions) {
+        if (std::exchange(session->isLockedForFork, false))
+            session->mutex.unlock();
+    }
     live->mutex.unlock();
 }
 
@@ -126,6 +143,7 @@ void vantrelCoreChildAfterFork() {
         for (auto &[path, operation] : session->continuousOperations)
             operation->closeLocksInChild();
     }
+    forgetLockWaits();
     inherited = live;
     live = new LiveSessions;
 }

@@ -6,12 +6,6 @@
 
 namespace vantrel::embedded {
 
-namespace {
-
-constexpr size_t recordLockLimit = 10000;
-
-}  // namespace
-
 void Position::setLogical(uint8_t index, ByteView key, int64_t address) {
     if (!logical)
         logical.emplace();
@@ -20,11 +14,16 @@ void Position::setLogical(uint8_t index, ByteView key, int64_t address) {
     logical->address = address;
 }
 
-OpenFile::OpenFile(std::string path, LockFile::Sharing sharing, const StorageOptions &options)
+OpenFile::OpenFile(std::string path, LockFile::Sharing sharing, StorageOptions options, LockUser &user)
     : path_(std::move(path)),
-      lockFile_(path_, sharing),
-      storage_(openStorage(path_, options)),
-      openTime_(static_cast<uint32_t>(time(nullptr))) {}
+      isReadOnly_(options.readOnly),
+      lockFile_(path_, sharing, user),
+      recordLocks_(lockFile_),
+      writeGate_(lockFile_),
+      openTime_(static_cast<uint32_t>(time(nullptr))) {
+    options.writeGate = &writeGate_;
+    storage_ = openStorage(path_, options);
+}
 
 std::shared_ptr<const IndexDefinition> OpenFile::index(int32_t keyNumber) {
     std::shared_ptr<const FileDefinition> definition = storage_->definition();
@@ -37,48 +36,22 @@ std::shared_ptr<const IndexDefinition> OpenFile::index(int32_t keyNumber) {
     throw StatusError{VANTREL_STATUS_INVALID_INDEX_NUMBER};
 }
 
-bool OpenFile::hold(int64_t address) {
-    auto holder = lockHolders_.find(address);
-    if (holder == lockHolders_.end()) {
-        if (lockHolders_.size() >= recordLockLimit)
-            throw StatusError{VANTREL_STATUS_NO_SYSTEM_LOCKS_AVAILABLE};
-        if (!lockFile_.tryLockRecord(address))
-            return false;
-        holder = lockHolders_.emplace(address, 0).first;
-    }
-    ++holder->second;
-    return true;
-}
-
-void OpenFile::release(int64_t address) {
-    auto holder = lockHolders_.find(address);
-    if (holder == lockHolders_.end() || --holder->second != 0)
-        return;
-    lockHolders_.erase(holder);
-    lockFile_.unlockRecord(address);
-}
-
-bool OpenFile::tryLock(Position &position, int64_t address, LockKind kind, bool insideTransaction) {
-    if (position.lockKind != LockKind::none && position.lockKind != kind)
-        throw StatusError{VANTREL_STATUS_INCOMPATIBLE_LOCK_TYPE};
-    if (position.locks.count(address) == 0) {
-        if (!hold(address))
-            return false;
-        position.locks.emplace(address, insideTransaction);
-    }
+void OpenFile::addLock(Position &position, int64_t address, LockKind kind, bool insideTransaction) {
+    bool isNew = position.locks.emplace(address, insideTransaction).second;
+    if (!isNew)
+        recordLocks_.release(address);
     position.lockKind = kind;
-    if (kind == LockKind::single) {
-        while (position.locks.size() > 1) {
-            auto other = position.locks.begin();
-            unlock(position, other->first == address ? std::next(other)->first : other->first);
-        }
+    if (kind == LockKind::multiple)
+        return;
+    while (position.locks.size() > 1) {
+        auto other = position.locks.begin();
+        unlock(position, other->first == address ? std::next(other)->first : other->first);
     }
-    return true;
 }
 
 void OpenFile::unlock(Position &position, int64_t address) {
     if (position.locks.erase(address) != 0)
-        release(address);
+        recordLocks_.release(address);
     if (position.locks.empty())
         position.lockKind = LockKind::none;
 }
@@ -88,18 +61,8 @@ void OpenFile::unlockAll(Position &position) {
         unlock(position, position.locks.begin()->first);
 }
 
-void OpenFile::lockChanged(int64_t address) {
-    if (!lockFile_.canLockRecords() || changedRecords_.count(address) != 0 ||
-        lockHolders_.size() >= recordLockLimit)
-        return;
-    if (hold(address))
-        changedRecords_.insert(address);
-}
-
 void OpenFile::unlockTransaction() {
-    for (int64_t address : changedRecords_)
-        release(address);
-    changedRecords_.clear();
+    recordLocks_.releaseAllChanged();
     for (Position *position : positions_) {
         std::map<int64_t, bool> locks = position->locks;
         for (auto [address, insideTransaction] : locks) {

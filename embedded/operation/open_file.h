@@ -5,8 +5,9 @@
 #include <set>
 #include <string>
 
-#include "embedded/lock/lock_file.h"
+#include "embedded/lock/record_locks.h"
 #include "embedded/operation/position.h"
+#include "embedded/operation/write_gate.h"
 #include "embedded/storage/storage.h"
 
 namespace vantrel::embedded {
@@ -14,11 +15,13 @@ namespace vantrel::embedded {
 // A file as one session has it open: one storage connection and one side file for all positions on it.
 class OpenFile {
   public:
-    OpenFile(std::string path, LockFile::Sharing sharing, const StorageOptions &options);
+    OpenFile(std::string path, LockFile::Sharing sharing, StorageOptions options, LockUser &user);
 
     const std::string &path() const { return path_; }
     Storage &storage() { return *storage_; }
     LockFile &lockFile() { return lockFile_; }
+    RecordLocks &recordLocks() { return recordLocks_; }
+    bool isReadOnly() const { return isReadOnly_; }
     uint32_t openTime() const { return openTime_; }
 
     std::set<Position *> &positions() { return positions_; }
@@ -27,13 +30,11 @@ class OpenFile {
     // The index of a number, else status 6 is thrown.
     std::shared_ptr<const IndexDefinition> index(int32_t keyNumber);
 
-    // Takes a record lock for a position; false where another session holds it. Kinds do not mix (status
-    // 93), and their number is limited (130).
-    bool tryLock(Position &position, int64_t address, LockKind kind, bool insideTransaction);
+    // Gives a position a record lock that was taken for it, in the place of the one before where it is
+    // single.
+    void addLock(Position &position, int64_t address, LockKind kind, bool insideTransaction);
     void unlock(Position &position, int64_t address);
     void unlockAll(Position &position);
-    // Keeps a changed record from others until the transaction ends; without effect beyond the limit.
-    void lockChanged(int64_t address);
     void unlockTransaction();
 
     // This session's own changes are no conflict for its positions that had read the version before.
@@ -52,16 +53,14 @@ class OpenFile {
     void abandon() { storage_->abandon(); }
 
   private:
-    bool hold(int64_t address);
-    void release(int64_t address);
-
     std::string path_;
+    bool isReadOnly_;
     LockFile lockFile_;
+    RecordLocks recordLocks_;
+    FileWriteGate writeGate_;
     std::unique_ptr<Storage> storage_;
     uint32_t openTime_;
     std::set<Position *> positions_;
-    std::map<int64_t, uint32_t> lockHolders_;
-    std::set<int64_t> changedRecords_;
     // Of the records that the transaction changed; none for those that it inserted.
     std::map<int64_t, std::optional<uint64_t>> versionsBefore_;
 };

@@ -1,9 +1,7 @@
 #include "embedded/operation/read.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
-#include <thread>
 
 #include "embedded/key/encoding.h"
 #include "embedded/operation/key_only.h"
@@ -12,62 +10,6 @@
 #include "vantrel.h"
 
 namespace vantrel::embedded {
-
-namespace {
-
-constexpr int64_t longestWaitMicroseconds = 30'000'000;
-constexpr int64_t longestPauseMicroseconds = 20'000;
-
-}  // namespace
-
-ReadLock readLockOf(const Session &session, const Request &request) {
-    LockBias bias = request.lock;
-    if (bias == LockBias::none && session.insideTransaction() && !request.keyOnly)
-        bias = session.transactionLock;
-    switch (bias) {
-        case LockBias::singleWait:
-            return {LockKind::single, true};
-        case LockBias::singleNoWait:
-            return {LockKind::single, false};
-        case LockBias::multipleWait:
-            return {LockKind::multiple, true};
-        case LockBias::multipleNoWait:
-            return {LockKind::multiple, false};
-        default:
-            return {};
-    }
-}
-
-LockAttempt::LockAttempt(Session &session, Position &position, ReadLock lock)
-    : session_(session), position_(position), lock_(lock) {}
-
-bool LockAttempt::holds(int64_t address) {
-    OpenFile &file = *position_.file;
-    if (lockedHere_ != address)
-        release();
-    bool wasHeld = position_.locks.count(address) != 0;
-    if (!file.tryLock(position_, address, lock_.kind, session_.insideTransaction())) {
-        wait();
-        return false;
-    }
-    if (!wasHeld)
-        lockedHere_ = address;
-    return file.storage().snapshotIsCurrent();
-}
-
-void LockAttempt::release() {
-    if (lockedHere_ != 0)
-        position_.file->unlock(position_, lockedHere_);
-    lockedHere_ = 0;
-}
-
-void LockAttempt::wait() {
-    if (!lock_.waits || waitedMicroseconds_ >= longestWaitMicroseconds)
-        throw StatusError{VANTREL_STATUS_RECORD_IN_USE};
-    int64_t pause = std::min(longestPauseMicroseconds, 500 + waitedMicroseconds_ / 8);
-    std::this_thread::sleep_for(std::chrono::microseconds(pause));
-    waitedMicroseconds_ += pause;
-}
 
 void copyRecord(Storage &storage, const StoredRecord &record, uint64_t start, uint64_t length, void *target) {
     uint64_t fromHead =

@@ -3,58 +3,10 @@
 
 #include <limits>
 
+#include "embedded/operation/lock_attempt.h"
 #include "embedded/operation/reply.h"
-#include "embedded/operation/session.h"
 
 namespace vantrel::embedded {
-
-// Whether and how a read locks what it finds.
-struct ReadLock {
-    LockKind kind = LockKind::none;
-    bool waits = false;
-};
-ReadLock readLockOf(const Session &session, const Request &request);
-
-// One try to lock a record that was found: taken, taken but to be read again since somebody committed, or
-// held by another session (waited for a moment, to be tried again; status 84 is thrown when that is over).
-class LockAttempt {
-  public:
-    LockAttempt(Session &session, Position &position, ReadLock lock);
-    // True where the record read is still what is stored under the lock.
-    bool holds(int64_t address);
-    // Gives the lock back where the record is not found any more.
-    void release();
-
-  private:
-    void wait();
-
-    Session &session_;
-    Position &position_;
-    ReadLock lock_;
-    int64_t lockedHere_ = 0;
-    int64_t waitedMicroseconds_ = 0;
-};
-
-// Finds a record and takes the lock that the read asks for on it. `find` looks the record up and is called
-// again whenever another session may have changed it meanwhile; it returns a status and fills the entry.
-template <class Find>
-int32_t findAndLock(Session &session, Position &position, const Request &request, StoredEntry *entry,
-                    Find find) {
-    session.touch(*position.file);
-    ReadLock lock = readLockOf(session, request);
-    if (lock.kind == LockKind::none)
-        return find(entry);
-    LockAttempt attempt(session, position, lock);
-    for (;;) {
-        int32_t status = find(entry);
-        if (status != 0) {
-            attempt.release();
-            return status;
-        }
-        if (attempt.holds(entry->record.address))
-            return status;
-    }
-}
 
 // Copies bytes of a record, wherever in head and tail they lie.
 void copyRecord(Storage &storage, const StoredRecord &record, uint64_t start, uint64_t length, void *target);

@@ -27,7 +27,7 @@ PositionBlock makeBlock(uint32_t slot) {
 
 }  // namespace
 
-Session::Session() = default;
+Session::Session(const ClientIdentifier &identifier) : lockUser(identifier) {}
 
 Session::~Session() {
     reset();
@@ -94,7 +94,8 @@ void Session::removeFileIfUnused(OpenFile &file) {
 }
 
 void Session::touch(OpenFile &file) {
-    if (transaction == TransactionKind::exclusive && !file.storage().isWriting())
+    bool isTaken = file.storage().isWriting() || file.isReadOnly();
+    if (transaction == TransactionKind::exclusive && !isTaken)
         file.storage().begin(Waiting::yes);
 }
 
@@ -131,6 +132,7 @@ void Session::endTransaction() {
     transaction = TransactionKind::none;
     transactionLock = LockBias::none;
     transactionIsDoomed = false;
+    lockUser.endTransaction();
     std::vector<OpenFile *> open;
     for (auto &[path, file] : files_) {
         file->unlockTransaction();
@@ -152,6 +154,13 @@ void Session::reset() {
     continuousOperations.clear();
     directory.clear();
     login = {};
+    lockUser.setName({});
+    lockUser.refusal.reset();
+}
+
+bool Session::holdsNothing() const {
+    return files_.empty() && continuousOperations.empty() && !insideTransaction() && directory.empty() &&
+           !login.isActive && !lockUser.refusal;
 }
 
 void Session::housekeep() {
@@ -168,7 +177,8 @@ void Session::abandon() {
     continuousOperations.clear();
 }
 
-ChangeScope::ChangeScope(Session &session, OpenFile &file) : session_(session), storage_(file.storage()) {
+ChangeScope::ChangeScope(Session &session, OpenFile &file)
+    : session_(session), file_(file), storage_(file.storage()) {
     if (session.insideTransaction() && session.transactionIsDoomed)
         throw StatusError{VANTREL_STATUS_END_CHANGED_TO_ABORT};
     if (!storage_.isWriting())
@@ -176,12 +186,29 @@ ChangeScope::ChangeScope(Session &session, OpenFile &file) : session_(session), 
 }
 
 ChangeScope::~ChangeScope() {
-    if (isDone_)
+    if (session_.insideTransaction()) {
+        if (!isDone_ && hasBegun_)
+            session_.transactionIsDoomed = true;
+        if (!hasBegun_)
+            file_.recordLocks().releaseChanged(lastLocked_);
         return;
-    if (session_.insideTransaction())
-        session_.transactionIsDoomed |= hasBegun_;
-    else
+    }
+    if (!isDone_)
         storage_.rollback();
+    file_.recordLocks().releaseAllChanged();
+}
+
+bool ChangeScope::tryLock(int64_t address) {
+    switch (file_.recordLocks().tryLockForChange(address)) {
+        case RecordLocks::ChangeLock::refused:
+            file_.lockFile().noteRefusal(address);
+            return false;
+        case RecordLocks::ChangeLock::taken:
+            lastLocked_ = address;
+            return true;
+        default:
+            return true;
+    }
 }
 
 void ChangeScope::commit() {

@@ -26,15 +26,19 @@ class ContinuousOperation;
 // Everything that one client identifier block holds.
 class Session {
   public:
-    Session();
+    explicit Session(const ClientIdentifier &identifier);
     ~Session();
 
     // Serialises the calls of the session; housekeeping takes it too.
     std::mutex mutex;
     std::atomic<bool> housekeepingIsDue{false};
+    bool isLockedForFork = false;
 
     std::string directory;  // empty: the process's own
     Login login;
+
+    // The session as others see it.
+    LockUser lockUser;
 
     // By path.
     using ContinuousOperations = std::map<std::string, std::unique_ptr<ContinuousOperation>>;
@@ -68,6 +72,8 @@ class Session {
 
     // Ends everything that the session holds.
     void reset();
+    // Whether the session is as good as a new one.
+    bool holdsNothing() const;
 
     void housekeep();
     const std::map<std::string, std::unique_ptr<OpenFile>> &files() const { return files_; }
@@ -94,9 +100,15 @@ class ChangeScope {
     void beginChanges() { hasBegun_ = true; }
     void commit();
 
+    // Locks a record that is to change, until the change has ended or, inside the session's transaction, that
+    // has. False where another session holds it.
+    bool tryLock(int64_t address);
+
   private:
     Session &session_;
+    OpenFile &file_;
     Storage &storage_;
+    int64_t lastLocked_ = 0;
     bool hasBegun_ = false;
     bool isDone_ = false;
 };

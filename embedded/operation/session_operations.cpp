@@ -64,11 +64,13 @@ int32_t login(Session &session, Request &request) {
             if (session.login.isActive)
                 return VANTREL_STATUS_LOGIN_ALREADY_LOGGED_IN;
             session.login = {true, text.user, text.database};
+            session.lockUser.setName(text.user);
             return VANTREL_STATUS_NO_ERROR;
         case keyNumberLogout:
             if (!session.login.isActive)
                 return VANTREL_STATUS_LOGIN_LOGOUT_FAILED;
             session.login = {};
+            session.lockUser.setName({});
             return VANTREL_STATUS_NO_ERROR;
         default:
             return VANTREL_STATUS_INVALID_KEY_OPTION;

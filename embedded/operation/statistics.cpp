@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "embedded/key/little_endian.h"
+#include "embedded/operation/lock_owner.h"
 #include "embedded/operation/operations.h"
 #include "embedded/operation/reply.h"
 #include "engine/bytes.h"
@@ -128,7 +129,7 @@ Bytes replyTo(uint32_t subFunction, Session &session, Position &position) {
         case gateway:
             return Bytes(72, '\0');
         case lockOwner:
-            return Bytes(104, '\0');
+            return lockOwnerReply(session.lockUser.refusal);
         case security:
             return securityReply(session, position);
         case referentialIntegrity:

@@ -23,6 +23,7 @@ int32_t beginTransaction(Session &session, Request &request) {
         return VANTREL_STATUS_TRANSACTION_IS_ACTIVE;
     session.transaction = kindOf(request.operation);
     session.transactionLock = request.lock;
+    session.lockUser.beginTransaction(session.waiting() == Waiting::no);
     return VANTREL_STATUS_NO_ERROR;
 }
 

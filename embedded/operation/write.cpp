@@ -46,7 +46,7 @@ int32_t updateRecord(Session &session, Request &request) {
 
     ChangeScope scope(session, file);
     RecordChange change(file.storage());
-    StoredRecord old = currentRecord(position);
+    StoredRecord old = currentRecord(scope, position);
     if (auto duplicate = change.prepareUpdate(old, record))
         return refuseDuplicate(position, *duplicate);
     scope.beginChanges();
@@ -66,7 +66,7 @@ int32_t deleteRecord(Session &session, Request &request) {
 
     ChangeScope scope(session, file);
     RecordChange change(file.storage());
-    StoredRecord old = currentRecord(position);
+    StoredRecord old = currentRecord(scope, position);
     change.prepareDelete(old);
     scope.beginChanges();
     int64_t address = change.apply().address;

@@ -42,7 +42,8 @@ void SqliteStorage::Scan::reset() {
 }
 
 SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &options)
-    : database_(path, options.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) {
+    : writeGate_(options.writeGate),
+      database_(path, options.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) {
     sqlite3_busy_timeout(database_.get(), waitMilliseconds);
     checkFormat(database_);
     database_.execute(
@@ -293,16 +294,7 @@ uint64_t SqliteStorage::unusedBytes() {
 
 void SqliteStorage::begin(Waiting waiting) {
     releaseSnapshot();
-    if (waiting == Waiting::no)
-        sqlite3_busy_timeout(database_.get(), 0);
-    try {
-        beginImmediate_.run();
-    } catch (...) {
-        sqlite3_busy_timeout(database_.get(), waitMilliseconds);
-        throw;
-    }
-    if (waiting == Waiting::no)
-        sqlite3_busy_timeout(database_.get(), waitMilliseconds);
+    writeGate_->enter(waiting, [this] { return tryBeginWriting(); });
     writing_ = true;
     try {
         reloadIfRedefined();
@@ -312,6 +304,29 @@ void SqliteStorage::begin(Waiting waiting) {
         throw;
     }
     committedState_ = state_;
+}
+
+// Without the library's own waiting, which nothing could end.
+bool SqliteStorage::tryBeginWriting() {
+    bool hasBegun = true;
+    sqlite3_busy_timeout(database_.get(), 0);
+    try {
+        beginImmediate_.run();
+    } catch (const StatusError &error) {
+        hasBegun = false;
+        if (error.status != VANTREL_STATUS_FILE_IN_USE) {
+            sqlite3_busy_timeout(database_.get(), waitMilliseconds);
+            throw;
+        }
+    }
+    sqlite3_busy_timeout(database_.get(), waitMilliseconds);
+    return hasBegun;
+}
+
+void SqliteStorage::endWriting() {
+    if (writing_)
+        writeGate_->leave();
+    writing_ = false;
 }
 
 void SqliteStorage::commit(Durability durability) {
@@ -332,7 +347,7 @@ void SqliteStorage::commit(Durability durability) {
         rollback();
         throw;
     }
-    writing_ = false;
+    endWriting();
     isRedefined_ = false;
     counts_.shapeCommitted();
     unsynced_ = true;
@@ -345,7 +360,7 @@ void SqliteStorage::rollback() {
     resetScans();
     if (sqlite3_get_autocommit(database_.get()) == 0)
         rollback_.run();
-    writing_ = false;
+    endWriting();
     if (isRedefined_ || counts_.isReshaped())
         generation_ = -1;
     isRedefined_ = false;

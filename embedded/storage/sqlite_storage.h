@@ -79,6 +79,8 @@ class SqliteStorage final : public Storage {
     void reloadIfRedefined();
     void reload();
     void loadState();
+    bool tryBeginWriting();
+    void endWriting();
     void resetScans();
     void endTransaction(const char *how);
     void shareCache();
@@ -92,6 +94,7 @@ class SqliteStorage final : public Storage {
     void buildCounts(uint8_t order);
     void publishCounts();
 
+    WriteGate *writeGate_;
     Database database_;
     WalIndex walIndex_;
     WalIndex::Header snapshotHeader_{};

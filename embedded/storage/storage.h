@@ -63,9 +63,19 @@ struct FileState {
     bool operator==(const FileState &) const = default;
 };
 
+// Keeps the writers of a file apart. A write transaction begins inside `enter`, which calls `begin` until it
+// returns true, and throws where another writer is in the way too long; `leave` follows its end.
+class WriteGate {
+  public:
+    virtual ~WriteGate() = default;
+    virtual void enter(Waiting waiting, const std::function<bool()> &begin) = 0;
+    virtual void leave() = 0;
+};
+
 struct StorageOptions {
     bool readOnly = false;
     bool accelerated = false;
+    WriteGate *writeGate = nullptr;  // needed for write transactions
 };
 
 // Failures are thrown as StatusError.
