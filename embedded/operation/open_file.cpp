@@ -165,6 +165,7 @@ void OpenFile::housekeep(bool wasUsed) {
         return;
     if (storage_->hasUnsyncedCommits())
         storage_->sync();
+    storage_->settle();
     if (!wasUsed)
         storage_->releaseSnapshot();
 }

@@ -118,6 +118,12 @@ int64_t Database::integer(const char *sql) {
     return statement.step() ? statement.integer(0) : 0;
 }
 
+void Database::syncLog() const {
+    sqlite3_file *log = logFile();
+    if (log != nullptr)
+        check(log->pMethods->xSync(log, SQLITE_SYNC_NORMAL));
+}
+
 sqlite3_file *Database::file(int control) const {
     sqlite3_file *found = nullptr;
     sqlite3_file_control(database_, "main", control, &found);
