@@ -129,6 +129,7 @@ void OpenFile::housekeep() {
         return;
     if (storage_->hasUnsyncedCommits())
         storage_->sync();
+    storage_->settle();
     storage_->releaseSnapshot();
 }
 

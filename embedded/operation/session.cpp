@@ -93,25 +93,36 @@ void Session::removeFileIfUnused(OpenFile &file) {
     files_.erase(std::string(file.path()));
 }
 
+void Session::takeForChange(OpenFile &file) {
+    if (!insideTransaction()) {
+        file.storage().begin(waiting());
+        return;
+    }
+    takenFiles_.reserve(takenFiles_.size() + 1);
+    file.storage().begin(waiting(), takenFiles_.empty() ? TransactionPart::first : TransactionPart::further);
+    takenFiles_.push_back(&file);
+}
+
 void Session::touch(OpenFile &file) {
     bool isTaken = file.storage().isWriting() || file.isReadOnly();
     if (transaction == TransactionKind::exclusive && !isTaken)
-        file.storage().begin(Waiting::yes);
+        takeForChange(file);
 }
 
 void Session::commitTransaction() {
     bool isDoomed = transactionIsDoomed;
     if (!isDoomed) {
+        std::vector<Storage *> storages;
         try {
-            for (auto &[path, file] : files_) {
-                if (file->storage().isWriting())
-                    file->storage().commit(Durability::synced);
-                file->changesKept();
-            }
+            for (OpenFile *file : takenFiles_)
+                storages.push_back(&file->storage());
+            commitTogether(storages);
         } catch (...) {
             rollbackTransaction();
             throw;
         }
+        for (OpenFile *file : takenFiles_)
+            file->changesKept();
     }
     rollbackTransaction();
     if (isDoomed)
@@ -119,12 +130,12 @@ void Session::commitTransaction() {
 }
 
 void Session::rollbackTransaction() {
-    for (auto &[path, file] : files_) {
-        if (!file->storage().isWriting())
-            continue;
-        file->storage().rollback();
+    for (OpenFile *file : takenFiles_) {
+        if (file->storage().isWriting())
+            file->storage().rollback();
         file->changesTakenBack();
     }
+    takenFiles_.clear();
     endTransaction();
 }
 
@@ -182,7 +193,7 @@ ChangeScope::ChangeScope(Session &session, OpenFile &file)
     if (session.insideTransaction() && session.transactionIsDoomed)
         throw StatusError{VANTREL_STATUS_END_CHANGED_TO_ABORT};
     if (!storage_.isWriting())
-        storage_.begin(session.waiting());
+        session.takeForChange(file);
 }
 
 ChangeScope::~ChangeScope() {

@@ -64,6 +64,8 @@ class Session {
     Waiting waiting() const {
         return transaction == TransactionKind::concurrentNoWait ? Waiting::no : Waiting::yes;
     }
+    // Takes the write side of a file, for the transaction where there is one.
+    void takeForChange(OpenFile &file);
     // Called before a file is read: an exclusive transaction takes it for itself.
     void touch(OpenFile &file);
     // Ends the transaction with all its changes, or with none of them.
@@ -84,6 +86,7 @@ class Session {
     void endTransaction();
 
     std::map<std::string, std::unique_ptr<OpenFile>> files_;
+    std::vector<OpenFile *> takenFiles_;                // by the transaction, in the order of taking
     std::vector<std::unique_ptr<Position>> positions_;  // by slot, null where free
 };
 

@@ -124,6 +124,12 @@ void Database::abandon() {
     sqlite3_db_config(database_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 
+void Database::syncLog() const {
+    sqlite3_file *log = logFile();
+    if (log != nullptr)
+        check(log->pMethods->xSync(log, SQLITE_SYNC_NORMAL));
+}
+
 sqlite3_file *Database::file(int control) const {
     sqlite3_file *found = nullptr;
     sqlite3_file_control(database_, "main", control, &found);

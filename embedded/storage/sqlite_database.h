@@ -70,6 +70,9 @@ class Database {
     // The first column of the first row.
     int64_t integer(const char *sql);
 
+    // Makes what is committed survive power loss.
+    void syncLog() const;
+
     sqlite3_file *mainFile() const { return file(SQLITE_FCNTL_FILE_POINTER); }
     sqlite3_file *logFile() const { return file(SQLITE_FCNTL_JOURNAL_POINTER); }
 

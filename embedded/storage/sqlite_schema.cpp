@@ -1,5 +1,6 @@
 #include "embedded/storage/sqlite_schema.h"
 
+#include "embedded/storage/sqlite_redo.h"
 #include "embedded/storage/sqlite_tail.h"
 
 #include "engine/bytes.h"
@@ -35,6 +36,7 @@ void createTables(Database &database, const FileDefinition &definition) {
         "INSERT INTO definition VALUES(1, 0, x'');"
         "INSERT INTO state VALUES(1, 0, 0, 0, x'')");
     SqliteTail::createTables(database);
+    RedoTables::create(database);
     saveDefinition(database, definition);
     for (const IndexDefinition &index : definition.indexes)
         createIndexTableIn(database, index.number);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 
+#include "embedded/storage/commit_pointer.h"
+#include "embedded/storage/pending_commit.h"
 #include "embedded/storage/sqlite_schema.h"
 #include "vantrel.h"
 
@@ -42,10 +44,14 @@ void SqliteStorage::Scan::reset() {
 }
 
 SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &options)
-    : writeGate_(options.writeGate),
+    : path_(path),
+      writeGate_(options.writeGate),
       database_(path, options.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) {
     sqlite3_busy_timeout(database_.get(), waitMilliseconds);
     checkFormat(database_);
+    settleForReading(path_);
+    keepsRedo_ = RedoTables(database_).keepsAny();
+    settle();
     database_.execute(
         "PRAGMA trusted_schema = OFF; PRAGMA secure_delete = OFF; PRAGMA temp_store = MEMORY;"
         "PRAGMA mmap_size = 0; PRAGMA cell_size_check = ON; PRAGMA wal_autocheckpoint = 10000;"
@@ -68,8 +74,18 @@ void SqliteStorage::setAccelerated(bool accelerated) {
     if (accelerated == accelerated_ || writing_)
         return;
     releaseSnapshot();
-    database_.execute(accelerated ? "PRAGMA synchronous = OFF" : "PRAGMA synchronous = NORMAL");
+    setSynchronous(accelerated ? Synchronous::off : Synchronous::normal);
     accelerated_ = accelerated;
+}
+
+// SQLite can change it between transactions only.
+void SqliteStorage::setSynchronous(Synchronous level) {
+    if (level == synchronous_)
+        return;
+    const char *const pragmas[] = {"PRAGMA synchronous = OFF", "PRAGMA synchronous = NORMAL",
+                                   "PRAGMA synchronous = FULL"};
+    database_.execute(pragmas[static_cast<size_t>(level)]);
+    synchronous_ = level;
 }
 
 // Reading
@@ -89,6 +105,7 @@ void SqliteStorage::beginReading() {
 
 // The header is read before the snapshot begins: a commit in between makes the comparison fail, never pass.
 void SqliteStorage::takeSnapshot() {
+    settleForReading(path_);
     if (logIsOpen_)
         snapshotHeader_ = walIndex_.read(database_.mainFile());
     begin_.run();
@@ -292,17 +309,48 @@ uint64_t SqliteStorage::unusedBytes() {
 
 // Writing
 
-void SqliteStorage::begin(Waiting waiting) {
+// The log of a transaction's first file is synced inside the commit, so that a commit whose sync fails is
+// none.
+void SqliteStorage::begin(Waiting waiting, TransactionPart part) {
     releaseSnapshot();
-    writeGate_->enter(waiting, [this] { return tryBeginWriting(); });
+    if (!accelerated_)
+        setSynchronous(part == TransactionPart::first ? Synchronous::full : Synchronous::normal);
+    takeWriteSide(waiting);
+    while (CommitPointer::isBeside(path_)) {
+        rollback_.run();
+        writeGate_->leave();
+        settleForWriting(path_, waiting);
+        takeWriteSide(waiting);
+    }
     writing_ = true;
     try {
         reloadIfRedefined();
         loadState();
+        if (part == TransactionPart::further)
+            recorder_.emplace(database_);
     } catch (...) {
         rollback();
         throw;
     }
+    committedState_ = state_;
+    changesBefore_ = sqlite3_total_changes64(database_.get());
+}
+
+void SqliteStorage::takeWriteSide(Waiting waiting) {
+    writeGate_->enter(waiting, [this] { return tryBeginWriting(); });
+}
+
+void SqliteStorage::writeState() {
+    publishCounts();
+    resetScans();
+    if (state_ == committedState_)
+        return;
+    StatementUse write(prepared(writeState_,
+                                "UPDATE state SET record_count = ?1, last_address = ?2, last_time = ?3, "
+                                "unique_counts = ?4 WHERE id = 1"));
+    Bytes counts = packCounts(state_.uniqueCounts);
+    write->bind(1, state_.recordCount).bind(2, state_.lastAddress).bind(3, state_.lastTime);
+    write->bind(4, ByteView(counts)).run();
     committedState_ = state_;
 }
 
@@ -331,17 +379,7 @@ void SqliteStorage::endWriting() {
 
 void SqliteStorage::commit(Durability durability) {
     try {
-        if (state_ != committedState_) {
-            StatementUse write(
-                prepared(writeState_,
-                         "UPDATE state SET record_count = ?1, last_address = ?2, last_time = ?3, "
-                         "unique_counts = ?4 WHERE id = 1"));
-            Bytes counts = packCounts(state_.uniqueCounts);
-            write->bind(1, state_.recordCount).bind(2, state_.lastAddress).bind(3, state_.lastTime);
-            write->bind(4, ByteView(counts)).run();
-        }
-        publishCounts();
-        resetScans();
+        writeState();
         commit_.run();
     } catch (...) {
         rollback();
@@ -350,7 +388,8 @@ void SqliteStorage::commit(Durability durability) {
     endWriting();
     isRedefined_ = false;
     counts_.shapeCommitted();
-    unsynced_ = true;
+    recorder_.reset();
+    unsynced_ = synchronous_ != Synchronous::full;
     if (durability == Durability::synced && !accelerated_)
         sync();
 }
@@ -361,6 +400,7 @@ void SqliteStorage::rollback() {
     if (sqlite3_get_autocommit(database_.get()) == 0)
         rollback_.run();
     endWriting();
+    recorder_.reset();
     if (isRedefined_ || counts_.isReshaped())
         generation_ = -1;
     isRedefined_ = false;
@@ -441,13 +481,22 @@ void SqliteStorage::writeDefinition(const FileDefinition &definition) {
 // Upkeep
 
 void SqliteStorage::sync() {
-    sqlite3_file *log = database_.logFile();
-    if (unsynced_ && log != nullptr) {
-        int code = log->pMethods->xSync(log, SQLITE_SYNC_NORMAL);
-        if (code != SQLITE_OK)
-            throwSqliteError(code);
-    }
+    if (unsynced_)
+        database_.syncLog();
     unsynced_ = false;
+}
+
+void SqliteStorage::settle() {
+    // The next snapshot begins with the file's part of a commit.
+    if (CommitPointer::isBeside(path_))
+        releaseSnapshot();
+    if (!keepsRedo_)
+        return;
+    try {
+        keepsRedo_ = !settleParticipants(path_);
+    } catch (const StatusError &) {
+        // Who opens the other file is told what is wrong with it.
+    }
 }
 
 void SqliteStorage::verify() {

@@ -2,9 +2,11 @@
 #define VANTREL_EMBEDDED_STORAGE_SQLITE_STORAGE_H
 
 #include <map>
+#include <optional>
 
 #include "embedded/storage/sqlite_counts.h"
 #include "embedded/storage/sqlite_database.h"
+#include "embedded/storage/sqlite_redo.h"
 #include "embedded/storage/sqlite_tail.h"
 #include "embedded/storage/storage.h"
 #include "embedded/storage/wal_index.h"
@@ -31,7 +33,7 @@ class SqliteStorage final : public Storage {
     FileState readState() override;
     uint64_t unusedBytes() override;
 
-    void begin(Waiting waiting) override;
+    void begin(Waiting waiting, TransactionPart part) override;
     void commit(Durability durability) override;
     void rollback() override;
     bool isWriting() const override { return writing_; }
@@ -51,9 +53,21 @@ class SqliteStorage final : public Storage {
     void releaseSnapshot() override;
     void sync() override;
     bool hasUnsyncedCommits() const override { return unsynced_; }
+    void settle() override;
     void setAccelerated(bool accelerated) override;
     void verify() override;
     void abandon() override;
+
+    // For a commit over several files.
+    const std::string &path() const { return path_; }
+    Database &database() { return database_; }
+    bool hasChanges() const { return sqlite3_total_changes64(database_.get()) != changesBefore_; }
+    // All that the write transaction changes is then in the tables.
+    void writeState();
+    RedoRecorder &recorder() { return *recorder_; }
+    const RedoSeal &redoSeal() const { return redoSeal_; }
+    // The file keeps changes for others that settle is to drop.
+    void setKeepsRedo(bool keeps) { keepsRedo_ = keeps; }
 
   private:
     // A statement that walks in one direction, and the place of the row it stands on.
@@ -74,6 +88,10 @@ class SqliteStorage final : public Storage {
         Statement last, first, insert, erase;
     };
 
+    enum class Synchronous { off, normal, full };
+
+    void setSynchronous(Synchronous level);
+    void takeWriteSide(Waiting waiting);
     void beginReading();
     void takeSnapshot();
     void reloadIfRedefined();
@@ -94,8 +112,11 @@ class SqliteStorage final : public Storage {
     void buildCounts(uint8_t order);
     void publishCounts();
 
+    std::string path_;
     WriteGate *writeGate_;
     Database database_;
+    NoRedoSeal redoSeal_;
+    std::optional<RedoRecorder> recorder_;  // of a transaction's further files
     WalIndex walIndex_;
     WalIndex::Header snapshotHeader_{};
     bool logIsOpen_ = false;
@@ -103,6 +124,9 @@ class SqliteStorage final : public Storage {
     bool writing_ = false;
     bool unsynced_ = false;
     bool accelerated_ = false;
+    bool keepsRedo_ = false;
+    Synchronous synchronous_ = Synchronous::normal;
+    int64_t changesBefore_ = 0;  // the write transaction
     bool scansAreOpen_ = false;
     bool isRedefined_ = false;  // by the write transaction
     int cacheShares_ = 0;

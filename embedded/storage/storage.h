@@ -50,6 +50,10 @@ using RankChoice = std::function<uint64_t(uint64_t total)>;
 // Whether a transaction waits for another one to end.
 enum class Waiting { yes, no };
 
+// What a write transaction is part of: a change by itself, or a session's transaction, in which the file is
+// the first one taken or a further one.
+enum class TransactionPart { none, first, further };
+
 // Whether a commit returns only when it survives power loss.
 enum class Durability { synced, soon };
 
@@ -111,7 +115,7 @@ class Storage {
     virtual uint64_t unusedBytes() = 0;
 
     // A write transaction keeps all other writers out; reads see its changes until it ends.
-    virtual void begin(Waiting waiting) = 0;
+    virtual void begin(Waiting waiting, TransactionPart part = TransactionPart::none) = 0;
     virtual void commit(Durability durability) = 0;
     virtual void rollback() = 0;
     virtual bool isWriting() const = 0;
@@ -137,6 +141,9 @@ class Storage {
     // Makes all that is committed survive power loss.
     virtual void sync() = 0;
     virtual bool hasUnsyncedCommits() const = 0;
+    // Goes on with what commits over several files have left to do, as far as that is possible without
+    // waiting; not inside a write transaction.
+    virtual void settle() = 0;
     // Without effect inside a write transaction.
     virtual void setAccelerated(bool accelerated) = 0;
     // Damage is thrown as an input/output error.
@@ -159,6 +166,11 @@ class Freeze {
 
 // Status 85 is thrown where a transaction holds the file.
 std::unique_ptr<Freeze> freezeStorage(const std::string &path);
+
+// Commits the write transactions of several files durably, begun in this order as first and further ones: all
+// of them or, where a failure is thrown, none. What could not be brought into a file any more is there when
+// the file is read or written next, whoever does so. Transactions without a change stay open.
+void commitTogether(const std::vector<Storage *> &storages);
 
 // Nobody has the files open that these make, replace, remove or rename.
 void createStorage(const std::string &path, const FileDefinition &definition);

@@ -2,11 +2,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 
+#include "embedded/storage/commit_pointer.h"
+#include "embedded/storage/pending_commit.h"
 #include "embedded/storage/sqlite_schema.h"
 #include "embedded/storage/storage.h"
-#include "embedded/system_error.h"
+#include "embedded/storage/system_file.h"
 
 namespace vantrel::embedded {
 
@@ -18,32 +19,11 @@ std::string newFilePath(const std::string &path) {
     return path + "-new";
 }
 
-void removeIfThere(const std::string &path) {
-    if (unlink(path.c_str()) != 0 && errno != ENOENT)
-        throwSystemError(errno);
-}
-
 void removeSideFiles(const std::string &path) {
     removeIfThere(path + "-wal");
     removeIfThere(path + "-shm");
     removeIfThere(path + "-journal");
-}
-
-void moveInto(const std::string &from, const std::string &to) {
-    if (rename(from.c_str(), to.c_str()) != 0)
-        throwSystemError(errno);
-}
-
-// A rename is durable only when the directory is.
-void syncDirectoryOf(const std::string &path) {
-    std::string directory = path.substr(0, path.rfind('/') + 1);
-    int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        throwSystemError(errno);
-    bool isSynced = fsync(descriptor) == 0 || errno == EINVAL;
-    close(descriptor);
-    if (!isSynced)
-        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+    CommitPointer::removeLeftBeside(path);
 }
 
 // Pages that were filled once and freed stay with the file for the records to come.
@@ -71,51 +51,45 @@ void fill(const std::string &path, const FileDefinition &definition) {
     database.execute("COMMIT; PRAGMA synchronous = FULL; PRAGMA journal_mode = WAL");
 }
 
-void syncFile(const std::string &path) {
-    int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC);
-    if (descriptor < 0)
-        throwSystemError(errno);
-    bool isSynced = fsync(descriptor) == 0;
-    close(descriptor);
-    if (!isSynced)
-        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
-}
-
 }  // namespace
 
 // The file is made under another name, so that the path never holds a half-made one.
 void createStorage(const std::string &path, const FileDefinition &definition) {
     std::string madePath = newFilePath(path);
+    if (access(path.c_str(), F_OK) == 0)
+        requireSettled(path);
     removeIfThere(madePath);
     try {
         fill(madePath, definition);
         removeSideFiles(madePath);
-        syncFile(madePath);
+        Descriptor(madePath, O_RDWR).sync();
         removeSideFiles(path);
-        moveInto(madePath, path);
+        moveOnto(madePath, path);
     } catch (...) {
         unlink(madePath.c_str());
         unlink((madePath + "-wal").c_str());
         unlink((madePath + "-shm").c_str());
         throw;
     }
-    syncDirectoryOf(path);
+    syncDirectory(directoryWith(path));
 }
 
 void removeStorage(const std::string &path) {
+    requireSettled(path);
     removeSideFiles(path);
     removeIfThere(path);
-    syncDirectoryOf(path);
+    syncDirectory(directoryWith(path));
 }
 
 void moveStorage(const std::string &from, const std::string &to) {
+    requireSettled(from);
     // Opening and closing brings the log into the file.
     openStorage(from, {});
     removeSideFiles(from);
     removeSideFiles(to);
-    moveInto(from, to);
-    syncDirectoryOf(from);
-    syncDirectoryOf(to);
+    moveOnto(from, to);
+    syncDirectory(directoryWith(from));
+    syncDirectory(directoryWith(to));
 }
 
 }  // namespace vantrel::embedded

@@ -1,0 +1,68 @@
+#include "embedded/storage/system_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <utility>
+
+#include "embedded/system_error.h"
+
+namespace vantrel::embedded {
+
+namespace {
+
+constexpr mode_t newFileMode = 0666;
+
+}  // namespace
+
+Descriptor::Descriptor(const std::string &path, int flags)
+    : descriptor_(open(path.c_str(), flags | O_CLOEXEC, newFileMode)) {
+    if (descriptor_ < 0)
+        throwSystemError(errno);
+}
+
+Descriptor::~Descriptor() {
+    if (descriptor_ >= 0)
+        close(descriptor_);
+}
+
+Descriptor &Descriptor::operator=(Descriptor &&other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    return *this;
+}
+
+void Descriptor::sync() const {
+    if (fsync(descriptor_) != 0)
+        throwSystemError(errno);
+}
+
+bool Descriptor::isAt(const std::string &path) const {
+    struct stat opened, placed;
+    return fstat(descriptor_, &opened) == 0 && stat(path.c_str(), &placed) == 0 &&
+           opened.st_dev == placed.st_dev && opened.st_ino == placed.st_ino;
+}
+
+std::string directoryWith(const std::string &path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+// Some file systems have no means to sync a directory, and say so.
+void syncDirectory(const std::string &directory) {
+    Descriptor opened(directory, O_RDONLY | O_DIRECTORY);
+    if (fsync(opened.get()) != 0 && errno != EINVAL)
+        throwSystemError(errno);
+}
+
+void removeIfThere(const std::string &path) {
+    if (unlink(path.c_str()) != 0 && errno != ENOENT)
+        throwSystemError(errno);
+}
+
+void moveOnto(const std::string &from, const std::string &to) {
+    if (rename(from.c_str(), to.c_str()) != 0)
+        throwSystemError(errno);
+}
+
+}  // namespace vantrel::embedded
