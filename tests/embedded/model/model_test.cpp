@@ -5,7 +5,7 @@
 #include "sequence.h"
 
 // The engine against the model: random sequences of requests with a tiny key space. VANTREL_SEED chooses the
-// first seed and VANTREL_SEQUENCES how many follow from there.
+// first seed and VANTREL_SEQUENCES how many follow from there; sanitizers slow them down, so they get fewer.
 
 namespace {
 
@@ -19,7 +19,11 @@ uint64_t numberFromEnvironment(const char *name, uint64_t otherwise) {
 class EngineModel : public testing::TestWithParam<int> {};
 
 constexpr int partCount = 10;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr uint64_t defaultSequenceCount = 2000;
+#else
+constexpr uint64_t defaultSequenceCount = 10000;
+#endif
 constexpr uint32_t sequenceLength = 100;
 
 // Divided into parts, so that they can run side by side.
