@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include "embedded/operation/key_only.h"
 #include "embedded/operation/operations.h"
 #include "embedded/operation/path.h"
 #include "embedded/operation/reply.h"
@@ -79,6 +80,7 @@ int32_t createFile(Session &session, Request &request) {
     CreateMode mode = createModeOf(request.keyNumber);
     std::string path = resolvePath(session, textInKey(request));
     FileDefinition definition = parseCreateRequest(dataBytes(request, request.offered));
+    checkKeyOnly(definition);
     if (mode.indexNumber && definition.indexes.size() == 1)
         definition.indexes.front().number = *mode.indexNumber;
 

@@ -2,6 +2,7 @@
 
 #include "embedded/operation/change.h"
 #include "embedded/operation/extended_reply.h"
+#include "embedded/operation/key_only.h"
 #include "embedded/operation/operations.h"
 #include "embedded/operation/read.h"
 #include "embedded/operation/record_scan.h"
@@ -22,8 +23,10 @@ ScanWay wayOf(uint16_t operation) {
 ExtendedRequest decode(const Request &request, Position &position, bool deletes) {
     ByteView buffer(reinterpret_cast<const char *>(request.data), request.offered);
     std::shared_ptr<const FileDefinition> definition = position.file->storage().definition();
-    return decodeExtendedRequest(buffer, definition->collations,
-                                 {wayOf(request.operation).isPhysical, deletes});
+    bool isPhysical = wayOf(request.operation).isPhysical;
+    if (isPhysical)
+        requirePhysicalOrder(*definition);
+    return decodeExtendedRequest(buffer, definition->collations, {isPhysical, deletes});
 }
 
 // One extended read under way.

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "embedded/operation/key_only.h"
 #include "embedded/operation/operations.h"
 #include "embedded/operation/record_key.h"
 #include "embedded/operation/reply.h"
@@ -161,6 +162,7 @@ int32_t dropIndex(Session &session, Request &request) {
                      [&](const IndexDefinition &index) { return index.number == request.keyNumber; });
     if (dropped == definition.indexes.end())
         return VANTREL_STATUS_INVALID_INDEX_NUMBER;
+    checkDropFromKeyOnly(definition, *dropped);
     auto slot = dropped - definition.indexes.begin();
     storage.dropIndexTable(dropped->number);
     definition.indexes.erase(dropped);

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "embedded/key/encoding.h"
+#include "embedded/operation/key_only.h"
 #include "embedded/operation/operations.h"
 #include "engine/bytes.h"
 #include "vantrel.h"
@@ -193,6 +194,7 @@ int32_t readByKey(Session &session, Request &request) {
 
 int32_t readByStep(Session &session, Request &request) {
     Position &position = session.position(request.positionBlock);
+    requirePhysicalOrder(*position.file->storage().definition());
     bool isFromCurrent = request.operation == codeStepNext || request.operation == codeStepPrevious;
     if (isFromCurrent && !position.physical)
         return VANTREL_STATUS_POSITION_NOT_SET;
