@@ -981,7 +981,8 @@ VANTREL_API VantrelStatus VantrelFileAttributesSetVariableLengthRecordsMode(
 VANTREL_API VantrelStatus VantrelFileAttributesSetFreeSpaceThreshold(VantrelFileAttributes *attributes,
                                                                      VantrelFreeSpaceThreshold threshold);
 
-/* Whether the file keeps only the keys of its one index (nonzero) or whole records (0). */
+/* Whether records are reached through the file's indexes alone (nonzero): such a file has no physical order, its
+ * records have a fixed length, and one of its indexes takes all of them. */
 VANTREL_API VantrelStatus VantrelFileAttributesSetKeyOnly(VantrelFileAttributes *attributes,
                                                           int32_t isKeyOnly);
 

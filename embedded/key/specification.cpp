@@ -180,6 +180,8 @@ FileDefinition parseCreateRequest(ByteView request) {
     else
         for (IndexDefinition &index : file.indexes)
             resolveCollations(index, file.collations);
+    file.systemIndexes =
+        marked ? systemIndexesIn(bytesOf(request)[fileField::systemIndexes]) : systemIndexesFor(file);
     require(replyLength(file) <= maximumReplyLength, VANTREL_STATUS_NUMBER_OF_INDEXES);
     return file;
 }

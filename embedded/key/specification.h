@@ -45,7 +45,7 @@ struct FileDefinition {
     uint8_t pageCompression = 0;
     uint16_t preallocatedPages = 0;
     std::vector<IndexDefinition> indexes;  // ascending by number
-    // Over the times of the records, if the file keeps them: neither counted nor in any reply.
+    // Over the times of the records, if the file keeps them: no reply counts or shows them.
     std::vector<IndexDefinition> systemIndexes;
     CollationList collations;  // registered in the file; they outlive the indexes that brought them
 };
@@ -60,10 +60,11 @@ struct IndexRequest {
 // 49, 48, 136. Indexes of an ordinary request are numbered from 0.
 FileDefinition parseCreateRequest(ByteView request);
 
-// The system indexes of a newly created file: the creation time where its flags ask for it, or say nothing
+// The system indexes that an ordinary request asks for: the creation time where its flags do, or say nothing
 // and no unique index exists, and the update time with version 2.
-std::vector<IndexDefinition> systemIndexesOf(const FileDefinition &file);
-IndexDefinition systemIndex(uint8_t number);
+std::vector<IndexDefinition> systemIndexesFor(const FileDefinition &file);
+// Those of the file that a marked reply tells of.
+std::vector<IndexDefinition> systemIndexesIn(uint8_t bits);
 
 // Understands the request for one more index of a file; the statuses are those above.
 IndexRequest parseIndexRequest(ByteView request, const FileDefinition &file);

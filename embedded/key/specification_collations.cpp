@@ -65,7 +65,7 @@ void setCollations(IndexDefinition &index, const CollationPointer &named, const 
 // A marked reply numbers its collations: those of the indexes' own blocks, then the others in further blocks.
 CollationList restoreRegistered(ByteView request, size_t at, const std::vector<IndexDefinition> &indexes) {
     constexpr int32_t malformed = VANTREL_STATUS_INVALID_ALTERNATE_COLLATING_SEQUENCE_DEFINITION;
-    CollationList registered(loadU16(bytesOf(request) + fileField::collationCount));
+    CollationList registered(bytesOf(request)[fileField::collationCount]);
     for (const IndexDefinition &index : indexes) {
         if (index.collationBlock.empty() || !blockDefinesCollation(index.collationBlock))
             continue;

@@ -28,7 +28,14 @@ constexpr size_t pageCompression = 21;
 constexpr size_t pages = 22;
 constexpr size_t mark = 24;
 constexpr size_t collationCount = 30;  // in a marked reply
+constexpr size_t systemIndexes = 31;   // in a marked reply
 }  // namespace fileField
+
+// Bits of fileField::systemIndexes.
+namespace systemIndexBit {
+constexpr uint8_t updateTime = 0x01;
+constexpr uint8_t createTime = 0x02;
+}  // namespace systemIndexBit
 
 namespace segmentField {
 constexpr size_t position = 0;

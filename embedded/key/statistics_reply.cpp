@@ -31,7 +31,11 @@ void writeFileSpecification(const FileDefinition &file, uint64_t recordCount, ui
     fields[fileField::pageCompression] = file.pageCompression;
     storeU16(fields + fileField::pages, unusedPages);
     memcpy(fields + fileField::mark, replyMark.data(), replyMark.size());
-    storeU16(fields + fileField::collationCount, static_cast<uint16_t>(file.collations.size()));
+    // Their blocks would not fit the reply if they were more than 255.
+    fields[fileField::collationCount] = static_cast<uint8_t>(file.collations.size());
+    for (const IndexDefinition &index : file.systemIndexes)
+        fields[fileField::systemIndexes] |=
+            index.source == KeySource::createTime ? systemIndexBit::createTime : systemIndexBit::updateTime;
 }
 
 void writeSegment(const KeySegment &segment, uint8_t indexNumber, uint64_t uniqueCount, uint8_t *fields) {

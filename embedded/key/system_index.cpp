@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "embedded/key/specification.h"
+#include "embedded/key/specification_layout.h"
 
 namespace vantrel::embedded {
 
@@ -14,8 +15,6 @@ bool hasUniqueIndex(const FileDefinition &file) {
     return std::any_of(file.indexes.begin(), file.indexes.end(),
                        [](const IndexDefinition &index) { return index.unique; });
 }
-
-}  // namespace
 
 IndexDefinition systemIndex(uint8_t number) {
     KeySegment segment;
@@ -31,7 +30,9 @@ IndexDefinition systemIndex(uint8_t number) {
     return index;
 }
 
-std::vector<IndexDefinition> systemIndexesOf(const FileDefinition &file) {
+}  // namespace
+
+std::vector<IndexDefinition> systemIndexesFor(const FileDefinition &file) {
     constexpr uint16_t setting = fileFlag::systemData | fileFlag::noSystemData | fileFlag::systemDataVersion2;
     switch (file.fileFlags & setting) {
         case fileFlag::systemData:
@@ -45,6 +46,15 @@ std::vector<IndexDefinition> systemIndexesOf(const FileDefinition &file) {
         default:
             return {};
     }
+}
+
+std::vector<IndexDefinition> systemIndexesIn(uint8_t bits) {
+    std::vector<IndexDefinition> indexes;
+    if ((bits & systemIndexBit::updateTime) != 0)
+        indexes.push_back(systemIndex(updateTimeIndex));
+    if ((bits & systemIndexBit::createTime) != 0)
+        indexes.push_back(systemIndex(createTimeIndex));
+    return indexes;
 }
 
 }  // namespace vantrel::embedded

@@ -38,7 +38,7 @@ void createTables(Database &database, const FileDefinition &definition) {
     saveDefinition(database, definition);
     for (const IndexDefinition &index : definition.indexes)
         createIndexTableIn(database, index.number);
-    for (const IndexDefinition &index : systemIndexesOf(definition))
+    for (const IndexDefinition &index : definition.systemIndexes)
         createIndexTableIn(database, index.number);
 }
 
@@ -52,15 +52,7 @@ FileDefinition loadDefinition(Database &database) {
     Statement select = database.prepare("SELECT specification FROM definition WHERE id = 1");
     if (!select.step())
         throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
-    FileDefinition definition = parseCreateRequest(select.bytes(0));
-    // Whether the times are indexed was decided when the file was created.
-    for (uint8_t number : {uint8_t{124}, uint8_t{125}}) {
-        std::string table =
-            "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = '" + indexTableName(number) + '\'';
-        if (database.integer(table.c_str()) != 0)
-            definition.systemIndexes.push_back(systemIndex(number));
-    }
-    return definition;
+    return parseCreateRequest(select.bytes(0));
 }
 
 void saveDefinition(Database &database, const FileDefinition &definition) {

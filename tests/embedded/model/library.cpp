@@ -1,8 +1,15 @@
 #include "library.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace vantrel::test {
+
+std::string newFilePath() {
+    static int count = 0;
+    std::string folder = access("/dev/shm", W_OK) == 0 ? "/dev/shm/" : testing::TempDir();
+    return folder + "engine_model_" + std::to_string(getpid()) + "_" + std::to_string(++count) + ".vnt";
+}
 
 Library::Library(const std::string &path, const FileDefinition &file) : path_(path) {
     for (uint32_t i = 0; i < sessionCount; ++i)

@@ -22,6 +22,9 @@ struct Observed {
 inline constexpr uint8_t guardByte = 0xA5;
 inline constexpr size_t guardLength = 8;
 
+// Of a file that does not exist yet: in memory where the system offers that, since every close syncs.
+std::string newFilePath();
+
 VantrelStatus createFile(VantrelClient *client, const std::string &path, const FileDefinition &file);
 VantrelStatus createIndex(VantrelFile *file, VantrelIndex number, const IndexDefinition &index);
 

@@ -1,8 +1,5 @@
 #include "sequence.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <functional>
 
 #include "comparison.h"
@@ -19,7 +16,8 @@ constexpr VantrelIndex walkedIndexes[] = {VANTREL_INDEX_NONE, 0, 1, 2, 5, 7, 118
 class Run {
   public:
     // The log may be null.
-    Run(const FileDefinition &file, std::string *log) : library_(newPath(), file), model_(file), log_(log) {}
+    Run(const FileDefinition &file, std::string *log)
+        : library_(newFilePath(), file), model_(file), log_(log) {}
 
     void perform(const Step &step) {
         if (step.action == Action::walkForward)
@@ -35,13 +33,6 @@ class Run {
     const std::string &difference() const { return difference_; }
 
   private:
-    // In memory where the system offers that, since every close syncs.
-    static std::string newPath() {
-        static int count = 0;
-        std::string folder = access("/dev/shm", W_OK) == 0 ? "/dev/shm/" : testing::TempDir();
-        return folder + "engine_model_" + std::to_string(getpid()) + "_" + std::to_string(++count) + ".vnt";
-    }
-
     bool performOne(const Step &step);
     void walk(Step step, Action first, Action following);
 

@@ -94,4 +94,26 @@ TEST_F(SystemDataTest, AnAbortTakesItsEntriesBack) {
     EXPECT_EQ(walk(125), "b1 a1 c1 9");
 }
 
+TEST_F(SystemDataTest, ACopyHasTheTimesThatItsModelHas) {
+    open(0, {});
+    ASSERT_EQ(session.call(31, &block, segmentBytes({0, 1}), "", 0).status, 0);
+    ASSERT_EQ(systemDataReply(), std::string("\1\1\1\x7D\x8\0\1\0", 8));
+    std::string definition = session.call(15, &block, std::string(65535, '\0'), "k").data;
+    ASSERT_EQ(session.create(directory / "copy", definition), 0);
+    ASSERT_EQ(session.open(&block, directory / "copy"), 0);
+    EXPECT_EQ(systemDataReply(), std::string("\1\1\1\x7D\x8\0\1\0", 8));
+    ASSERT_EQ(session.call(2, &block, "d1", "", -1).status, 0);
+    EXPECT_EQ(walk(125), "d1 9");
+}
+
+TEST_F(SystemDataTest, ACopyLacksTheTimesThatItsModelLacks) {
+    open(0, {{{0, 1}}});
+    ASSERT_EQ(session.call(32, &block, "", "", 0).status, 0);
+    std::string definition = session.call(15, &block, std::string(65535, '\0'), "k").data;
+    ASSERT_EQ(session.create(directory / "copy", definition), 0);
+    ASSERT_EQ(session.open(&block, directory / "copy"), 0);
+    EXPECT_EQ(walk(125), "6");
+    EXPECT_EQ(systemDataReply(), std::string(8, '\0'));
+}
+
 }  // namespace
