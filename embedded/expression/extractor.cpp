@@ -1,5 +1,6 @@
 #include "embedded/expression/extractor.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "embedded/key/encoding.h"
@@ -121,6 +122,7 @@ size_t Extractor::readItem(RequestReader &reader, size_t entriesLeft) {
 void Extractor::addItem(RequestReader &reader, Item item) {
     longest_ += item.field.length;
     reader.refuseUnless(longest_ <= longestReplyRecord);
+    reach_ = std::max(reach_, endOf(item.field));
     items_.push_back(std::move(item));
 }
 

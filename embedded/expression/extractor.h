@@ -20,6 +20,8 @@ class Extractor {
 
     // The bytes of one reply record when no field is cut.
     size_t longest() const { return longest_; }
+    // How far into the record's bytes the items look.
+    size_t reach() const { return reach_; }
     // Whether all records that pass give one reply record together.
     bool aggregates() const { return aggregates_; }
 
@@ -50,6 +52,7 @@ class Extractor {
 
     std::vector<Item> items_;
     size_t longest_ = 0;
+    size_t reach_ = 0;
     bool aggregates_ = false;
 };
 

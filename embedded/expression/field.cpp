@@ -28,6 +28,10 @@ std::optional<Field> fieldFrom(uint16_t length, uint16_t offset) {
     return Field{source, 0, systemFieldSize};
 }
 
+size_t endOf(const Field &field) {
+    return field.source == Field::Source::bytes ? size_t{field.offset} + field.length : 0;
+}
+
 ByteView valueOf(const Field &field, const RecordView &record, FieldScratch &scratch) {
     if (field.source == Field::Source::bytes)
         return record.data.substr(std::min<size_t>(field.offset, record.data.size()), field.length);

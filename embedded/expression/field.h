@@ -39,6 +39,9 @@ Field::Source systemSourceOf(uint16_t offset);
 // system field; nothing for one that does not exist.
 std::optional<Field> fieldFrom(uint16_t length, uint16_t offset);
 
+// Where the field ends in the record's bytes; 0 for one of its times.
+size_t endOf(const Field &field);
+
 // The field's bytes, fewer where the record ends before. They are valid as long as the record and scratch.
 ByteView valueOf(const Field &field, const RecordView &record, FieldScratch &scratch);
 

@@ -1,5 +1,7 @@
 #include "embedded/expression/filter.h"
 
+#include <algorithm>
+
 namespace vantrel::embedded {
 
 namespace {
@@ -47,6 +49,16 @@ bool Filter::passes(const RecordView &record) {
         joined = term.connector;
     }
     return result;
+}
+
+size_t Filter::reach() const {
+    size_t reach = 0;
+    for (const Term &term : terms_) {
+        reach = std::max(reach, endOf(term.field));
+        if (const Field *other = std::get_if<Field>(&term.comparand))
+            reach = std::max(reach, endOf(*other));
+    }
+    return reach;
 }
 
 // A field that the record does not hold in whole makes its term fail, whatever it asks.

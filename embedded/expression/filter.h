@@ -57,6 +57,8 @@ class Filter {
     explicit Filter(std::vector<Term> terms) : terms_(std::move(terms)) {}
 
     bool passes(const RecordView &record);
+    // How far into the record's bytes the terms look.
+    size_t reach() const;
     const std::vector<Term> &terms() const { return terms_; }
 
   private:

@@ -61,11 +61,11 @@ int32_t ExtendedRead::run() {
             return status;
         lastPassed = entry.record.address;
         if (extended.extractor.aggregates()) {
-            extended.extractor.accumulate(viewOf(entry.record));
+            extended.extractor.accumulate(scan.view());
             scan.examine(entry);
             continue;
         }
-        size_t length = extended.extractor.extract(viewOf(entry.record), reply.nextBytes());
+        size_t length = extended.extractor.extract(scan.view(), reply.nextBytes());
         reply.add(lastPassed, length, length);
         scan.examine(entry);
         if (reply.count() == extended.recordLimit)

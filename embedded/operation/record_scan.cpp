@@ -1,5 +1,7 @@
 #include "embedded/operation/record_scan.h"
 
+#include <algorithm>
+
 #include "embedded/key/encoding.h"
 #include "embedded/operation/operations.h"
 #include "embedded/operation/read.h"
@@ -35,12 +37,12 @@ bool startsAtPosition(Start start) {
 
 }  // namespace
 
-RecordView viewOf(const StoredRecord &record) {
-    return {record.data, record.createTime, record.updateTime};
-}
-
 RecordScan::RecordScan(Position &position, const Request &request, ExtendedRequest &extended, ScanWay way)
-    : position_(position), storage_(position.file->storage()), extended_(extended), way_(way) {
+    : position_(position),
+      storage_(position.file->storage()),
+      extended_(extended),
+      way_(way),
+      reach_(std::max(extended.filter.reach(), extended.extractor.reach())) {
     if (!way.isPhysical) {
         require(request.keyNumber != VANTREL_INDEX_NONE, VANTREL_STATUS_POSITION_NOT_SET);
         index_ = position.file->index(request.keyNumber);
@@ -132,12 +134,30 @@ int32_t RecordScan::findNext(StoredEntry *found) {
             return status;
         if (index_ != nullptr && isBehindRange(found->key))
             return VANTREL_STATUS_OPTIMIZE_LIMIT_REACHED;
-        if (extended_.filter.passes(viewOf(found->record)))
+        look(found);
+        if (extended_.filter.passes(view_))
             return VANTREL_STATUS_NO_ERROR;
         examine(*found);
         if (++rejected_ == extended_.rejectLimit)
             return VANTREL_STATUS_REJECT_COUNT_REACHED;
     }
+}
+
+// Where the request looks behind the head of a long record, head and tail are put together. Reading the tail
+// ends the validity of what was found, which is kept here instead.
+void RecordScan::look(StoredEntry *found) {
+    StoredRecord &record = found->record;
+    view_ = {record.data, record.createTime, record.updateTime};
+    auto length = static_cast<size_t>(std::min<uint64_t>(reach_, record.length));
+    if (length <= record.data.size())
+        return;
+    joinedKey_.assign(found->key);
+    joinedBytes_.assign(record.data);
+    joinedBytes_.resize(length);
+    storage_.readTail(record.address, 0, length - headSize, joinedBytes_.data() + headSize);
+    found->key = joinedKey_;
+    record.data = ByteView(joinedBytes_).substr(0, headSize);
+    view_.data = joinedBytes_;
 }
 
 void RecordScan::examine(const StoredEntry &entry) {

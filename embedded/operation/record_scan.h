@@ -13,8 +13,6 @@ struct ScanWay {
     Direction direction;
 };
 
-RecordView viewOf(const StoredRecord &record);
-
 // Examines records one after another, from where a request begins, and finds those that pass its filter.
 class RecordScan {
   public:
@@ -25,6 +23,8 @@ class RecordScan {
     // The next record that passes. The scan stays in front of it until it is examined, so that it may be
     // asked for again. Otherwise returns why there is none: 4, 9, 60 or 64.
     int32_t findNext(StoredEntry *found);
+    // The record found last, as far as the request looks into it.
+    const RecordView &view() const { return view_; }
     void examine(const StoredEntry &entry);
     void examineDeleted(const StoredEntry &entry);
 
@@ -36,6 +36,7 @@ class RecordScan {
     int32_t findFirst(StoredEntry *found);
     int32_t findFirstRecord(StoredEntry *found);
     int32_t findFirstEntry(StoredEntry *found);
+    void look(StoredEntry *found);
     bool findBeside(ByteView key, int64_t address, StoredEntry *found);
     int32_t enterRange(StoredEntry *found);
     bool isInFrontOfRange(ByteView key) const;
@@ -50,6 +51,10 @@ class RecordScan {
     std::shared_ptr<const IndexDefinition> index_;  // null in physical order
     Bytes startKey_;
     KeyRange range_;
+    size_t reach_;
+    RecordView view_;
+    Bytes joinedBytes_;
+    Bytes joinedKey_;
 
     // The last record examined.
     bool hasExamined_ = false;

@@ -1,68 +1,12 @@
-#include <sys/resource.h>
-
-#include <cstring>
 #include <random>
 
-#include "embedded/operation/engine_session.h"
+#include "embedded/operation/chunk_fixture.h"
 
 namespace {
 
 using namespace vantrel::test;
 
-constexpr uint32_t overwriteCode = 0x80000001, insertCode = 0x80000009, deleteCode = 0x80000010,
-                   appendCode = 0xA0000001, truncateCode = 0x80000004, continuesBit = 0x40000000;
-
-class ChunkTest : public testing::Test {
-  protected:
-    // Records of a fixed part of four bytes, of which the first is the key and the second a modifiable one.
-    void open(uint16_t fileFlags = variableLength) {
-        ASSERT_EQ(
-            session.create(path, createRequest(4, fileFlags, {{{0, 1}}, {{1, 1, modifiable | duplicates}}})),
-            0);
-        ASSERT_EQ(session.open(&block, path), 0);
-        ASSERT_EQ(session.call(2, &block, "abcd", "", -1).status, 0);
-    }
-
-    static std::string pointer(const void *address) {
-        std::string bytes(sizeof address, '\0');
-        memcpy(bytes.data(), &address, sizeof address);
-        return bytes;
-    }
-    int32_t change(uint32_t code, uint32_t offset, const std::string &bytes) {
-        return session
-            .call(53, &block,
-                  u32(code) + u32(1) + u32(offset) + u32(static_cast<uint32_t>(bytes.size())) +
-                      pointer(bytes.data()),
-                  "", -1)
-            .status;
-    }
-    int32_t remove(uint32_t code, uint32_t offset, uint32_t length) {
-        return session
-            .call(53, &block, u32(code) + u32(1) + u32(offset) + u32(length) + pointer(nullptr), "", -1)
-            .status;
-    }
-    int32_t truncate(uint32_t code, uint32_t offset) {
-        return session.call(53, &block, u32(code) + u32(offset), "", -1).status;
-    }
-    std::string read(uint32_t offset, uint32_t length, uint32_t code = overwriteCode, uint64_t address = 1) {
-        std::string target(length, '\xEE');
-        std::string request =
-            u64(address) + u32(code) + u32(1) + u32(offset) + u32(length) + pointer(target.data());
-        uint32_t delivered = static_cast<uint32_t>(request.size());
-        uint8_t client[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-        int32_t status = VNTLEXID(23, block.data(), request.data(), &delivered, nullptr, 0, -2, client);
-        if (status != 0)
-            return std::to_string(status);
-        EXPECT_EQ(target.substr(delivered), std::string(length - delivered, '\xEE'));
-        return target.substr(0, delivered);
-    }
-    std::string whole() { return read(0, 1000000); }
-
-    TemporaryDirectory directory;
-    std::string path = directory / "file";
-    EngineSession session{1};
-    EngineSession::PositionBlock block{};
-};
+using ChunkTest = ChunkFixture;
 
 TEST_F(ChunkTest, ReadsWhatThereIs) {
     open();
@@ -252,55 +196,6 @@ TEST_F(ChunkTest, RandomEditsEqualThoseOfAString) {
     ASSERT_EQ(session.call(1, &block).status, 0);
     ASSERT_EQ(session.open(&block, path, -3), 0);
     ASSERT_TRUE(read(0, static_cast<uint32_t>(model.size())) == model);
-}
-
-long residentKiB() {
-    rusage usage;
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
-
-// Every byte of the record tells its place, so that no model has to be held.
-TEST_F(ChunkTest, ARecordOf300MegabytesTakesNoMemory) {
-    open();
-    ASSERT_EQ(session.call(1, &block).status, 0);
-    ASSERT_EQ(session.open(&block, path, -1), 0);
-    ASSERT_EQ(session.call(12, &block, "", "?", 0, 4).status, 0);
-    constexpr uint32_t pieceLength = 257024, pieces = 1200;
-    long before = residentKiB();
-    std::string piece(pieceLength, '\0');
-    auto fill = [&](uint32_t number) {
-        for (uint32_t at = 0; at + 4 <= pieceLength; at += 4)
-            memcpy(piece.data() + at, &number, 4);
-    };
-    ASSERT_EQ(session.call(1019, nullptr).status, 0);
-    for (uint32_t number = 0; number < pieces; ++number) {
-        fill(number);
-        ASSERT_EQ(change(appendCode, 0, piece), 0);
-        if (number % 100 == 99) {
-            ASSERT_EQ(session.call(20, nullptr).status, 0);
-            ASSERT_EQ(session.call(1019, nullptr).status, 0);
-        }
-    }
-    ASSERT_EQ(session.call(20, nullptr).status, 0);
-    for (uint32_t number : {0u, 599u, 1199u}) {
-        fill(number);
-        ASSERT_TRUE(read(4 + number * pieceLength, pieceLength) == piece) << number;
-    }
-    ASSERT_EQ(change(insertCode, 4 + 600 * pieceLength, "inserted"), 0);
-    EXPECT_EQ(read(4 + 600 * pieceLength - 4, 16), u32(599) + "inserted" + u32(600));
-    ASSERT_EQ(remove(deleteCode, 4 + 600 * pieceLength, 8 + 100 * pieceLength), 0);
-    EXPECT_EQ(read(4 + 600 * pieceLength - 4, 8), u32(599) + u32(700));
-    EXPECT_EQ(read(4 + 1099 * pieceLength, 4), u32(1199));
-    ASSERT_EQ(truncate(truncateCode, 4 + 10 * pieceLength), 0);
-    EXPECT_EQ(read(10 * pieceLength, 100), u32(9));
-    // The page cache has a fixed budget; the record is more than twice as large. The address sanitizer keeps
-    // freed memory.
-#if !defined(__SANITIZE_ADDRESS__)
-    EXPECT_LT(residentKiB() - before, 130 * 1024);
-#else
-    (void)before;
-#endif
 }
 
 }  // namespace
