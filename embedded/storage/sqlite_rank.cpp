@@ -19,7 +19,7 @@ void SqliteStorage::beginCounting(uint8_t order) {
 // Where it fails, entries are counted one by one.
 void SqliteStorage::buildCounts(uint8_t order) {
     try {
-        begin(Waiting::no);
+        begin(Waiting::no, TransactionPart::none);
         if (!counts_.isBuilt(order) && (order == physicalOrder || hasIndex(order)))
             counts_.build(order);
         commit(Durability::soon);
