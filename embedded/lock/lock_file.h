@@ -86,7 +86,8 @@ class LockFile {
     };
 
     bool openSideFile();
-    bool isInPlace();
+    bool isInPlace() const;
+    void identify();
     bool enter(Sharing sharing);
     bool takeSlot();
     void describeUser();
