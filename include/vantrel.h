@@ -12,8 +12,8 @@
  *    VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE and the out pointer becomes null) and a ...Free
  *    function. File handles come from VantrelClientFileOpen and end with VantrelClientFileClose.
  * 2. Ownership. The caller owns every handle it allocates, frees each once, and closes the files of a client
- *    before freeing the client. A handle given to another function is copied or only read during the call,
- *    never kept, with one exception: a file keeps a reference to its client. Buffers belong to the caller;
+ *    before freeing the client. A handle given to another function is used only during the call, never kept,
+ *    with one exception: a file keeps a reference to its client. Buffers belong to the caller;
  *    the library reads or writes them only during the call. Texts returned as const char * are constant and
  *    must not be freed.
  * 3. Statuses. A VantrelStatus of 0 is success, anything else a code whose text VantrelStatusCodeToString
@@ -777,8 +777,8 @@ VANTREL_API VantrelStatus VantrelFileGetLastStatusCode(const VantrelFile *file);
  * VANTREL_STATUS_INVALID_POINTER_PARAMETER. From the engine come VANTREL_STATUS_FILE_NOT_FOUND,
  * VANTREL_STATUS_FILE_NAME_BAD, VANTREL_STATUS_FILE_IN_USE while anybody has the file open,
  * VANTREL_STATUS_PERMISSION_ERROR without the right to change the directory,
- * VANTREL_STATUS_OPERATION_NOT_ALLOWED inside a transaction, and for a delete
- * VANTREL_STATUS_NOT_A_VANTREL_FILE. */
+ * VANTREL_STATUS_OPERATION_NOT_ALLOWED inside a transaction, and VANTREL_STATUS_NOT_A_VANTREL_FILE for
+ * something else under that name. */
 
 /* Deletes the file. */
 VANTREL_API VantrelStatus VantrelClientFileDelete(VantrelClient *client, const char *fileName);
@@ -1075,8 +1075,9 @@ VANTREL_API VantrelStatus VantrelFileIndexDrop(VantrelFile *file, VantrelIndex i
  * length above 0 goes to the engine unchecked.
  *
  * Returns and keeps in the file VANTREL_STATUS_INVALID_OPTION for a longer record; from the engine
- * VANTREL_STATUS_DUPLICATE_KEY_VALUE where an index without duplicates has the key already and
- * VANTREL_STATUS_DATA_LENGTH_ERROR where the file's records have another length. The index that next and
+ * VANTREL_STATUS_DUPLICATE_KEY_VALUE where an index without duplicates has the key already,
+ * VANTREL_STATUS_DATA_LENGTH_ERROR where the file's records have another length, and
+ * VANTREL_STATUS_INVALID_INDEX_NUMBER where the last read named an index that does not exist. The index that next and
  * previous follow stays; the new record's key takes the place of the key found last. */
 VANTREL_API VantrelStatus VantrelFileRecordCreate(VantrelFile *file, void *record, uint32_t recordLength);
 
@@ -1208,21 +1209,23 @@ VANTREL_API int32_t VantrelFileRecordRetrieveByCursorPosition(VantrelFile *file,
  *
  * Chunks are byte ranges of the current record: they are read and changed without moving the whole record,
  * which may be far longer than 65535 bytes. An offset counts from the start of the record; -1 continues
- * where the last chunk operation on the record ended. Ranges above 257024 bytes are moved in pieces of that
+ * where the last chunk operation ended. Ranges above 257024 bytes are moved in pieces of that
  * size, one request each. */
 
 /* Reads a range of the current record: length bytes, but no more than bufferSize, into the buffer; fewer
- * where the record ends before. lockMode locks the record as any read does. A null buffer goes to the engine
- * unchecked.
+ * where the record ends before. The offset -1 reads on in the record that was last read at an offset through
+ * this handle, whichever is current, and makes it current. lockMode locks the record as any read does. A null
+ * buffer goes to the engine unchecked.
  *
  * Returns the number of bytes read, or -1. Only the status kept in the file tells whether the engine failed:
  * 0 for success; VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG for a start behind the end of the record;
- * VANTREL_STATUS_CHUNK_CANNOT_GET_NEXT for the offset -1 without a chunk operation on the record before;
- * without a current record -1 with VANTREL_STATUS_POSITION_NOT_SET; VANTREL_STATUS_RECORD_IN_USE where
- * another session has locked the record. VANTREL_STATUS_INVALID_OPTION, with -1,
- * is kept for an offset below -1, a negative length or size and an unknown lock mode. Where a piece of a long
- * range comes up short, the number of bytes in that piece alone is returned, unless it is the last. A null
- * file gives -1. */
+ * for the offset -1 VANTREL_STATUS_CHUNK_CANNOT_GET_NEXT where the last chunk operation was on another record
+ * than the one last read at an offset, and VANTREL_STATUS_INVALID_RECORD_ADDRESS, with -1, where there is no
+ * such record or no more; without a current record -1 with VANTREL_STATUS_POSITION_NOT_SET;
+ * VANTREL_STATUS_RECORD_IN_USE where another session has locked the record. VANTREL_STATUS_INVALID_OPTION,
+ * with -1, is kept for an offset below -1, a negative length or size and an unknown lock mode. Where a piece
+ * of a long range comes up short, the number of bytes in that piece alone is returned, unless it is the last.
+ * A null file gives -1. */
 VANTREL_API int32_t VantrelFileRecordRetrieveChunk(VantrelFile *file, int32_t offset, int32_t length,
                                                    void *buffer, int32_t bufferSize,
                                                    VantrelLockMode lockMode);
@@ -1234,8 +1237,8 @@ VANTREL_API int32_t VantrelFileRecordRetrieveChunk(VantrelFile *file, int32_t of
  * Return and keep in the file VANTREL_STATUS_INVALID_OPTION for an offset below -1 or a negative length;
  * from the engine VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG for a start behind the end of the record,
  * VANTREL_STATUS_CHUNK_CANNOT_GET_NEXT for the offset -1 without a chunk operation on the record before,
- * VANTREL_STATUS_CHUNK_OFFSET_TOO_SMALL for inserting or deleting in its fixed part and
- * VANTREL_STATUS_CHUNK_INCOMPATIBLE_FILE where records have a fixed length. A long range that fails ends
+ * VANTREL_STATUS_CHUNK_OFFSET_TOO_SMALL for inserting or deleting in its fixed part,
+ * VANTREL_STATUS_CHUNK_INCOMPATIBLE_FILE where records have a fixed length, and those of an update. A long range that fails ends
  * there: the pieces before have been changed. */
 VANTREL_API VantrelStatus VantrelFileRecordUpdateChunk(VantrelFile *file, int32_t offset, const void *data,
                                                        int32_t length);
@@ -1315,7 +1318,8 @@ VANTREL_API VantrelStatus VantrelFileSetOwner(VantrelFile *file, VantrelOwnerMod
  *
  * A filter is one condition of a bulk retrieve or bulk delete: it compares a field of each record with a
  * constant or with another field of the same record. It is complete, and accepted by the bulk operations,
- * once its field, its comparison and its constant or other field are set; attributes take copies of it, so
+ * once its field, its comparison and its constant or other field are set, for a pattern comparison its
+ * constant; attributes take copies of it, so
  * that it can then be changed or freed. Only the three functions that take a name keep a status in the
  * filter, and none reads it. */
 
@@ -1471,7 +1475,7 @@ VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddTruncateField(
  * The file keeps the status, but for the arguments named with the functions that start a search. Before the
  * engine is called, a null result or null attributes give VANTREL_STATUS_INVALID_POINTER_PARAMETER; a lock
  * mode outside the enumeration or a filter that is not complete VANTREL_STATUS_INVALID_OPTION (the
- * comparison, the constant or other field is missing, or the constant differs in length from the field); and
+ * comparison, the constant or other field is missing, a pattern is another field, or the constant differs in length from the field); and
  * a pattern of more than 65534 bytes or a request that the result cannot hold
  * VANTREL_STATUS_DATA_LENGTH_ERROR. The result's contents mean nothing then. */
 
@@ -1813,7 +1817,7 @@ VantrelFileInformationGetReferentialIntegrityCursorPosition(VantrelFileInformati
 VANTREL_API VantrelStatus VantrelFileInformationGetReferentialIntegrityFileName(
     VantrelFileInformation *information, char *buffer, int32_t size);
 
-/* The number of segments beside the first: 0 for a file in one piece. */
+/* The number of segments: 1 for a file in one piece; 0 where the engine reports none. */
 VANTREL_API int32_t VantrelFileInformationGetSegmentCount(VantrelFileInformation *information);
 
 /* The name of the operating system's file that holds a segment, counted from 1, with its terminator. The
@@ -1887,7 +1891,7 @@ VANTREL_API int32_t
 VantrelFileInformationGetSecurityPermissionCreateStoredProcedure(VantrelFileInformation *information);
 
 /* Database, table and user of the file handle, and the session's current database and user. The buffer needs
- * the length of the name, a terminator not counted. Only the last byte of the buffer is set to zero: bytes
+ * the length that the engine states; the embedded engine counts the terminator. Only the last byte of the buffer is set to zero: bytes
  * between the name and it stay, so that a buffer larger than the name is cleared beforehand, and a buffer
  * just as large as the name loses the name's last byte. VANTREL_STATUS_INVALID_OPTION also where the name
  * does not lie within the engine's reply. */

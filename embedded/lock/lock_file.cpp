@@ -64,6 +64,7 @@ LockFile::LockFile(const std::string &path, Sharing sharing, LockUser &user)
 // False where the side file was removed meanwhile.
 bool LockFile::enter(Sharing sharing) {
     try {
+        identify();
         bool isExclusive = sharing == Sharing::exclusive;
         if (isWritable_ && takeSlot())
             describeUser();
@@ -98,11 +99,15 @@ bool LockFile::openSideFile() {
     return descriptor_ >= 0;
 }
 
-bool LockFile::isInPlace() {
-    struct stat opened, placed;
+void LockFile::identify() {
+    struct stat opened;
     if (fstat(descriptor_, &opened) != 0)
         throwSystemError(errno);
     id_ = {opened.st_dev, opened.st_ino};
+}
+
+bool LockFile::isInPlace() const {
+    struct stat placed;
     return stat(path_.c_str(), &placed) == 0 && id_ == LockFileId{placed.st_dev, placed.st_ino};
 }
 

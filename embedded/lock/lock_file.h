@@ -91,7 +91,8 @@ class LockFile {
     };
 
     bool openSideFile();
-    bool isInPlace();
+    bool isInPlace() const;
+    void identify();
     bool enter(Sharing sharing);
     bool takeSlot();
     void describeUser();

@@ -8,6 +8,7 @@ namespace vantrel::embedded {
 namespace {
 
 constexpr size_t recordLockLimit = 10000;
+constexpr size_t singleOperationLimit = 1000;
 
 }  // namespace
 
@@ -47,12 +48,14 @@ void RecordLocks::release(int64_t address) {
         file_.unlock(address);
 }
 
-RecordLocks::ChangeLock RecordLocks::tryLockForChange(int64_t address) {
+RecordLocks::ChangeLock RecordLocks::tryLockForChange(int64_t address, bool insideTransaction) {
     if (changed_.count(address) != 0)
         return ChangeLock::hadAlready;
     if (!file_.canLock())
         return file_.isLockedByAnother(address) ? ChangeLock::refused : ChangeLock::hadAlready;
-    if (!holdsAll_ && holds_.size() >= recordLockLimit && holds_.count(address) == 0) {
+    bool isOneTooMany = holds_.size() >= recordLockLimit ||
+                        (!insideTransaction && changed_.size() >= singleOperationLimit);
+    if (!holdsAll_ && isOneTooMany && holds_.count(address) == 0) {
         file_.lockAllRecords();
         holdsAll_ = true;
     }

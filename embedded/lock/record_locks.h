@@ -20,9 +20,10 @@ class RecordLocks {
     bool tryHold(int64_t address, HoldKind kind);
     void release(int64_t address);
 
-    // The same for a change, once however often the record is changed.
+    // The same for a change, once however often the record is changed. Those of a single operation lock all
+    // records earlier, since locks one by one take longer and longer and all of them go at once soon.
     enum class ChangeLock { refused, taken, hadAlready };
-    ChangeLock tryLockForChange(int64_t address);
+    ChangeLock tryLockForChange(int64_t address, bool insideTransaction);
     void releaseChanged(int64_t address);
     void releaseAllChanged();
 

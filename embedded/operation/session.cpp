@@ -210,7 +210,7 @@ ChangeScope::~ChangeScope() {
 }
 
 bool ChangeScope::tryLock(int64_t address) {
-    switch (file_.recordLocks().tryLockForChange(address)) {
+    switch (file_.recordLocks().tryLockForChange(address, session_.insideTransaction())) {
         case RecordLocks::ChangeLock::refused:
             file_.lockFile().noteRefusal(address);
             return false;

@@ -163,21 +163,4 @@ TEST_F(LocksTest, LockedReadsByStepAndAddress) {
     EXPECT_TRUE(isLocked("c"));
 }
 
-TEST_F(LocksTest, TenThousandAreAllowed) {
-    ASSERT_EQ(session.call(1, &block).status, 0);
-    ASSERT_EQ(other.call(1, &otherBlock).status, 0);
-    ASSERT_EQ(session.create(path, createRequest(4, 0, {})), 0);
-    ASSERT_EQ(session.open(&block, path), 0);
-    ASSERT_EQ(session.call(1019, nullptr).status, 0);
-    for (uint32_t record = 0; record <= 10000; ++record)
-        ASSERT_EQ(session.call(2, &block, u32(record), "", -1).status, 0);
-    ASSERT_EQ(session.call(20, nullptr).status, 0);
-    int32_t status = session.call(433, &block, "", "", -1, 4).status;
-    int locked = 0;
-    for (; status == 0; ++locked)
-        status = session.call(424, &block, "", "", -1, 4).status;
-    EXPECT_EQ(locked, 10000);
-    EXPECT_EQ(status, 130);
-}
-
 }  // namespace
