@@ -981,8 +981,8 @@ VANTREL_API VantrelStatus VantrelFileAttributesSetVariableLengthRecordsMode(
 VANTREL_API VantrelStatus VantrelFileAttributesSetFreeSpaceThreshold(VantrelFileAttributes *attributes,
                                                                      VantrelFreeSpaceThreshold threshold);
 
-/* Whether records are reached through the file's indexes alone (nonzero): such a file has no physical order, its
- * records have a fixed length, and one of its indexes takes all of them. */
+/* Whether records are reached through the file's indexes alone (nonzero): such a file has no physical order,
+ * its records have a fixed length, and one of its indexes takes all of them. */
 VANTREL_API VantrelStatus VantrelFileAttributesSetKeyOnly(VantrelFileAttributes *attributes,
                                                           int32_t isKeyOnly);
 
@@ -1077,8 +1077,8 @@ VANTREL_API VantrelStatus VantrelFileIndexDrop(VantrelFile *file, VantrelIndex i
  * Returns and keeps in the file VANTREL_STATUS_INVALID_OPTION for a longer record; from the engine
  * VANTREL_STATUS_DUPLICATE_KEY_VALUE where an index without duplicates has the key already,
  * VANTREL_STATUS_DATA_LENGTH_ERROR where the file's records have another length, and
- * VANTREL_STATUS_INVALID_INDEX_NUMBER where the last read named an index that does not exist. The index that next and
- * previous follow stays; the new record's key takes the place of the key found last. */
+ * VANTREL_STATUS_INVALID_INDEX_NUMBER where the last read named an index that does not exist. The index that
+ * next and previous follow stays; the new record's key takes the place of the key found last. */
 VANTREL_API VantrelStatus VantrelFileRecordCreate(VantrelFile *file, void *record, uint32_t recordLength);
 
 /* Reads the record that a key leads to.
@@ -1238,8 +1238,8 @@ VANTREL_API int32_t VantrelFileRecordRetrieveChunk(VantrelFile *file, int32_t of
  * from the engine VANTREL_STATUS_CHUNK_OFFSET_TOO_LONG for a start behind the end of the record,
  * VANTREL_STATUS_CHUNK_CANNOT_GET_NEXT for the offset -1 without a chunk operation on the record before,
  * VANTREL_STATUS_CHUNK_OFFSET_TOO_SMALL for inserting or deleting in its fixed part,
- * VANTREL_STATUS_CHUNK_INCOMPATIBLE_FILE where records have a fixed length, and those of an update. A long range that fails ends
- * there: the pieces before have been changed. */
+ * VANTREL_STATUS_CHUNK_INCOMPATIBLE_FILE where records have a fixed length, and those of an update. A long
+ * range that fails ends there: the pieces before have been changed. */
 VANTREL_API VantrelStatus VantrelFileRecordUpdateChunk(VantrelFile *file, int32_t offset, const void *data,
                                                        int32_t length);
 VANTREL_API VantrelStatus VantrelFileRecordInsertChunk(VantrelFile *file, int32_t offset, const void *data,
@@ -1475,8 +1475,8 @@ VANTREL_API VantrelStatus VantrelBulkRetrieveAttributesAddTruncateField(
  * The file keeps the status, but for the arguments named with the functions that start a search. Before the
  * engine is called, a null result or null attributes give VANTREL_STATUS_INVALID_POINTER_PARAMETER; a lock
  * mode outside the enumeration or a filter that is not complete VANTREL_STATUS_INVALID_OPTION (the
- * comparison, the constant or other field is missing, a pattern is another field, or the constant differs in length from the field); and
- * a pattern of more than 65534 bytes or a request that the result cannot hold
+ * comparison, the constant or other field is missing, a pattern is another field, or the constant differs in
+ * length from the field); and a pattern of more than 65534 bytes or a request that the result cannot hold
  * VANTREL_STATUS_DATA_LENGTH_ERROR. The result's contents mean nothing then. */
 
 /* Go on from the file's position along the index of its last operation; VANTREL_INDEX_NONE there goes on in
@@ -1891,10 +1891,10 @@ VANTREL_API int32_t
 VantrelFileInformationGetSecurityPermissionCreateStoredProcedure(VantrelFileInformation *information);
 
 /* Database, table and user of the file handle, and the session's current database and user. The buffer needs
- * the length that the engine states; the embedded engine counts the terminator. Only the last byte of the buffer is set to zero: bytes
- * between the name and it stay, so that a buffer larger than the name is cleared beforehand, and a buffer
- * just as large as the name loses the name's last byte. VANTREL_STATUS_INVALID_OPTION also where the name
- * does not lie within the engine's reply. */
+ * the length that the engine states; the embedded engine counts the terminator. Only the last byte of the
+ * buffer is set to zero: bytes between the name and it stay, so that a buffer larger than the name is cleared
+ * beforehand, and a buffer just as large as the name loses the name's last byte.
+ * VANTREL_STATUS_INVALID_OPTION also where the name does not lie within the engine's reply. */
 VANTREL_API VantrelStatus VantrelFileInformationGetSecurityHandleDatabaseName(
     VantrelFileInformation *information, char *buffer, int32_t size);
 VANTREL_API VantrelStatus VantrelFileInformationGetSecurityHandleTableName(

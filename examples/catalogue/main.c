@@ -103,8 +103,9 @@ static bool outputWorks(void) {
 
 static bool work(Store *store, const Lists *lists, const Contents *contents, const char *path) {
     return createStore(store, path) && loadLists(store, lists, contents) && outputWorks() &&
-           askQuestions(store) && outputWorks() && showChanges(store) && outputWorks() && showBulk(store) &&
-           outputWorks() && showLongRecord(store) && outputWorks() && showStatistics(store) && outputWorks();
+           askQuestions(store) && outputWorks() && askForPlaces(store) && outputWorks() &&
+           showChanges(store) && outputWorks() && showBulk(store) && outputWorks() && showLongRecord(store) &&
+           outputWorks() && showStatistics(store) && outputWorks();
 }
 
 static bool demonstrate(const Options *options, const Lists *lists) {

@@ -6,6 +6,9 @@
 /* Asks the file what it knows and prints the answers. */
 bool askQuestions(Store *store);
 
+/* Finds packages by how far into an order they stand. */
+bool askForPlaces(Store *store);
+
 /* Reads, inserts and deletes many records with one request each. */
 bool showBulk(Store *store);
 

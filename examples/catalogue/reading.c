@@ -58,6 +58,11 @@ bool readSection(Store *store, const char *section) {
     return readByKey(store, VANTREL_COMPARISON_EQUAL, BY_SECTION, key, sizeof key);
 }
 
+bool readAtPlace(Store *store, VantrelIndex index, uint32_t place) {
+    return keep(store, VantrelFileRecordRetrieveByPercentage(store->file, index, place, NULL, 0, &lastRecord,
+                                                             sizeof lastRecord, VANTREL_LOCK_MODE_NONE));
+}
+
 bool readingWorks(void) {
     return lastLength >= 0;
 }

@@ -15,6 +15,9 @@ bool readLast(Store *store, VantrelIndex index);
 bool readNext(Store *store);
 bool readAt(Store *store, VantrelIndex index, VantrelCursorPosition position);
 
+/* The record at a place in an index, in hundredths of a percent. */
+bool readAtPlace(Store *store, VantrelIndex index, uint32_t place);
+
 /* The first record whose name is not before the given one; the first of all where that is none. */
 bool readFromName(Store *store, const char *name);
 

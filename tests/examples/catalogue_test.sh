@@ -113,6 +113,13 @@ says "1 records are longer than one read"
 tool-9 2.0
 bash 5.2
 bash 5.3" ]] || fail "the position"
+[[ $(grep -A6 '^The packages at the quarters' "$work/answers" | awk 'NR > 2 { print $1 }') == \
+"bash
+python3-151
+python3-101
+editor-113
+long" ]] || fail "the quarters"
+says "0.00 percent, or 0 in a million; at that percentage stands bash"
 leavesNothing
 
 begin "all bytes are counted"
