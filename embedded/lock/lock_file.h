@@ -67,7 +67,8 @@ class LockFile {
     // Shrinks what covered all records to the lock of one.
     void keepOnlyLock(int64_t address, HoldKind kind);
 
-    // The slot of the session that holds something, 0 where that has none; nothing where nobody else holds it.
+    // The slot of the session that holds something, 0 where that has none; nothing where nobody else holds
+    // it.
     struct Holder {
         uint16_t slot;
         HoldKind kind;

@@ -8,8 +8,7 @@ namespace vantrel::embedded {
 
 uint64_t millisecondsNow() {
     using namespace std::chrono;
-    return static_cast<uint64_t>(
-        duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count());
+    return static_cast<uint64_t>(duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count());
 }
 
 LockUser::LockUser(const ClientIdentifier &identifier) {

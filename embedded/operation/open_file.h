@@ -30,7 +30,8 @@ class OpenFile {
     // The index of a number, else status 6 is thrown.
     std::shared_ptr<const IndexDefinition> index(int32_t keyNumber);
 
-    // Gives a position a record lock that was taken for it, in the place of the one before where it is single.
+    // Gives a position a record lock that was taken for it, in the place of the one before where it is
+    // single.
     void addLock(Position &position, int64_t address, LockKind kind, bool insideTransaction);
     void unlock(Position &position, int64_t address);
     void unlockAll(Position &position);

@@ -94,8 +94,8 @@ TEST_F(ThreadsTest, WorkOnTheSameFiles) {
     });
     Reply last = clients[0]->session.call(15, clients[0]->block(), std::string(500, '\0'), "k", -1);
     int count = 0;
-    for (int32_t status = clients[0]->session.call(12, clients[0]->block(), "", "k", 0, 2).status; status == 0;
-         ++count)
+    for (int32_t status = clients[0]->session.call(12, clients[0]->block(), "", "k", 0, 2).status;
+         status == 0; ++count)
         status = clients[0]->session.call(6, clients[0]->block(), "", "k", 0, 2).status;
     EXPECT_EQ(number(last.data, 8, 8), static_cast<uint64_t>(count));
 }
