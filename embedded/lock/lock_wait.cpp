@@ -37,8 +37,8 @@ struct LockWaits {
         waits.erase(&wait->file_.user());
         count = waits.size();
     }
-    // Those whom a wait is waiting for in a circle, without itself.
-    std::vector<LockWait *> circleOf(LockWait *first) const;
+    // Those whom a wait is waiting for in a cycle, without itself.
+    std::vector<LockWait *> cycleOf(LockWait *first) const;
     void wake(LockWait *wait) const;
     void wakeThoseFor(const LockFileId &file, int64_t part) const;
     bool isPausing(const LockUser &user) const {
@@ -49,7 +49,7 @@ struct LockWaits {
 
 // A session that is asleep holds what it holds until it wakes up, which takes the mutex: whatever is found on
 // the way round is true at the same time.
-std::vector<LockWait *> LockWaits::circleOf(LockWait *first) const {
+std::vector<LockWait *> LockWaits::cycleOf(LockWait *first) const {
     std::vector<LockWait *> others;
     LockWait *wait = first;
     while (others.size() < waits.size()) {
@@ -98,10 +98,10 @@ LockWait::~LockWait() {
     lockWaits->remove(this);
 }
 
-// The last that came to a circle leaves it. The others, who have waited all the while, are made to try again
+// The last that came to a cycle leaves it. The others, who have waited all the while, are made to try again
 // before that: what one of them waits for may have been deleted, so that it goes on without it.
 bool LockWait::canNeverEnd() {
-    std::vector<LockWait *> others = lockWaits->circleOf(this);
+    std::vector<LockWait *> others = lockWaits->cycleOf(this);
     bool isLast = std::all_of(others.begin(), others.end(),
                               [this](const LockWait *other) { return other->begunAt_ < begunAt_; });
     if (others.empty() || !isLast)
@@ -120,7 +120,7 @@ bool LockWait::pause() {
     if (WaitClock::now() >= deadline_)
         return false;
     if (canNeverEnd()) {
-        // Those left in the circle go on waiting.
+        // Those left in the cycle go on waiting.
         lockWaits->remove(this);
         throw StatusError{VANTREL_STATUS_DEAD_LOCK};
     }

@@ -26,7 +26,7 @@ class LockWait {
     int64_t part() const { return part_; }
 
     // Returns when it is time to try again, or false when the wait has lasted long enough. Where the sessions
-    // of this process wait for each other in a circle, status 78 is thrown to the last that came.
+    // of this process wait for each other in a cycle, status 78 is thrown to the last that came.
     bool pause();
 
   private:
@@ -41,7 +41,7 @@ class LockWait {
     std::condition_variable wakeUp_;
     bool isAsleep_ = false;
     bool isToTryAgain_ = false;
-    // When the wait and its last pause began and when a circle was first found, in the order of such events.
+    // When the wait and its last pause began and when a cycle was first found, in the order of such events.
     uint64_t begunAt_ = 0;
     uint64_t pausedAt_ = 0;
     uint64_t suspectedAt_ = 0;

@@ -53,8 +53,8 @@ RecordLocks::ChangeLock RecordLocks::tryLockForChange(int64_t address, bool insi
         return ChangeLock::hadAlready;
     if (!file_.canLock())
         return file_.isLockedByAnother(address) ? ChangeLock::refused : ChangeLock::hadAlready;
-    bool isOneTooMany = holds_.size() >= recordLockLimit ||
-                        (!insideTransaction && changed_.size() >= singleOperationLimit);
+    bool isOneTooMany =
+        holds_.size() >= recordLockLimit || (!insideTransaction && changed_.size() >= singleOperationLimit);
     if (!holdsAll_ && isOneTooMany && holds_.count(address) == 0) {
         file_.lockAllRecords();
         holdsAll_ = true;

@@ -2,7 +2,6 @@
 
 #include <sys/mman.h>
 
-#include <atomic>
 #include <vector>
 
 namespace vantrel::embedded {
@@ -21,7 +20,7 @@ void *mapRegion(sqlite3_file *mainFile, int region) {
 }
 
 uint64_t load(const uint64_t *word) {
-    return __atomic_load_n(word, __ATOMIC_RELAXED);
+    return __atomic_load_n(word, __ATOMIC_ACQUIRE);
 }
 
 }  // namespace
@@ -31,17 +30,14 @@ WalIndex::Header WalIndex::read(sqlite3_file *mainFile) {
     shared_ = static_cast<const uint64_t *>(mapRegion(mainFile, 0));
     if (shared_ == nullptr)
         return header;
-    std::atomic_thread_fence(std::memory_order_acquire);
     for (size_t word = 0; word < header.size(); ++word)
         header[word] = load(shared_ + word);
-    std::atomic_thread_fence(std::memory_order_acquire);
     return header;
 }
 
 bool WalIndex::equals(const Header &header) const {
     if (shared_ == nullptr)
         return false;
-    std::atomic_thread_fence(std::memory_order_acquire);
     uint64_t difference = 0;
     for (size_t word = 0; word < header.size(); ++word)
         difference |= load(shared_ + word) ^ header[word];

@@ -36,7 +36,7 @@ class DeadlockTest : public LockFixture {
     static constexpr char letters[] = {'a', 'b', 'c'};
 };
 
-TEST_F(DeadlockTest, RecordsInACircle) {
+TEST_F(DeadlockTest, RecordsInACycle) {
     for (uint32_t length : {2u, 3u}) {
         for (size_t client = 0; client < length; ++client) {
             clients[client] = nullptr;
@@ -50,7 +50,7 @@ TEST_F(DeadlockTest, RecordsInACircle) {
     }
 }
 
-TEST_F(DeadlockTest, WriteSidesInACircle) {
+TEST_F(DeadlockTest, WriteSidesInACycle) {
     for (uint32_t length : {2u, 3u}) {
         for (size_t client = 0; client < length; ++client) {
             clients[client] = nullptr;
@@ -69,7 +69,8 @@ TEST_F(DeadlockTest, ALockedRecordAgainstAWriteSide) {
     ASSERT_EQ(clients[0]->read('a', 300), 0);
     ASSERT_EQ(clients[1]->begin(), 0);
     ASSERT_EQ(clients[1]->insert("x0"), 0);
-    oneIsRefused({[this] { return clients[0]->insert("y0"); }, [this] { return clients[1]->read('a', 100); }});
+    oneIsRefused(
+        {[this] { return clients[0]->insert("y0"); }, [this] { return clients[1]->read('a', 100); }});
 }
 
 TEST_F(DeadlockTest, ARecordChangedInATransactionAgainstALockedOne) {
@@ -108,7 +109,7 @@ TEST_F(DeadlockTest, TheOneRefusedKeepsItsTransaction) {
     EXPECT_EQ(clients[1]->end(), 0);
 }
 
-TEST_F(DeadlockTest, AWaitForADeletedRecordMakesNoCircle) {
+TEST_F(DeadlockTest, AWaitForADeletedRecordMakesNoCycle) {
     for (int round = 0; round < 10; ++round) {
         ASSERT_EQ(clients[0]->read('a', 300), 0);
         ASSERT_EQ(clients[1]->read('b', 300), 0);
@@ -126,7 +127,7 @@ TEST_F(DeadlockTest, AWaitForADeletedRecordMakesNoCircle) {
     }
 }
 
-TEST_F(DeadlockTest, TwoPositionsOfOneSessionAreNoCircle) {
+TEST_F(DeadlockTest, TwoPositionsOfOneSessionAreNoCycle) {
     EngineSession::PositionBlock second{};
     ASSERT_EQ(clients[0]->session.open(&second, paths[0]), 0);
     ASSERT_EQ(clients[0]->read('a', 300), 0);

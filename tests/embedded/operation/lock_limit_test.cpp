@@ -119,8 +119,7 @@ TEST_F(LockLimitTest, AChangeOutsideATransactionNeedsNoneOfThem) {
 
 TEST_F(LockLimitTest, AWaitForARecordBeyondItEndsWithTheTransaction) {
     changeTo(limit + 20);
-    std::future<int32_t> waiter =
-        std::async(std::launch::async, [&] { return readOther(limit + 20, 100); });
+    std::future<int32_t> waiter = std::async(std::launch::async, [&] { return readOther(limit + 20, 100); });
     EXPECT_EQ(waiter.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout);
     ASSERT_EQ(session.call(20, nullptr).status, 0);
     EXPECT_EQ(waiter.get(), 0);

@@ -31,7 +31,8 @@ TEST_F(LockOwnerTest, IsNobodyWhereNothingWasRefused) {
 }
 
 TEST_F(LockOwnerTest, IsTheSessionThatLockedTheRecord) {
-    for (auto [bias, mode] : {std::pair{100, 0}, {200, singleNoWait}, {300, multipleWait}, {400, multipleNoWait}}) {
+    for (auto [bias, mode] :
+         {std::pair{100, 0}, {200, singleNoWait}, {300, multipleWait}, {400, multipleNoWait}}) {
         ASSERT_EQ(holder.read('a', static_cast<uint32_t>(bias)), 0);
         ASSERT_EQ(asker.read('a', 200), 84);
         std::string reply = owner(asker);

@@ -98,7 +98,8 @@ class Worker {
     }
 
     int32_t read(uint32_t record, uint32_t bias) {
-        Reply reply = session_.call(5 + bias, &block_, "", {static_cast<char>('a' + record)}, 0, recordLength);
+        Reply reply =
+            session_.call(5 + bias, &block_, "", {static_cast<char>('a' + record)}, 0, recordLength);
         if (reply.status == 0)
             value_ = static_cast<uint32_t>(number(reply.data, 1, 4));
         return reply.status;
@@ -131,8 +132,7 @@ class LockStressTest : public testing::Test {
     // Nothing that ended well is lost; what was cut off counts or not.
     void checkCounts() {
         for (uint32_t record = 0; record < recordCount; ++record) {
-            Reply reply =
-                session.call(5, &block, "", {static_cast<char>('a' + record)}, 0, recordLength);
+            Reply reply = session.call(5, &block, "", {static_cast<char>('a' + record)}, 0, recordLength);
             ASSERT_EQ(reply.status, 0);
             EXPECT_GE(number(reply.data, 1, 4), tally->done[record]);
             EXPECT_LE(number(reply.data, 1, 4), tally->begun[record]);

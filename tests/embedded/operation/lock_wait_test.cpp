@@ -16,7 +16,8 @@ class LockWaitTest : public LockFixture {
     LockWaitTest() : LockFixture(1, 3) {}
 
     // Somebody waits for the record a, which the holder has locked, until the holder does something.
-    void endsTheWait(uint32_t bias, const std::function<int32_t()> &holds, const std::function<int32_t()> &ends) {
+    void endsTheWait(uint32_t bias, const std::function<int32_t()> &holds,
+                     const std::function<int32_t()> &ends) {
         ASSERT_EQ(holds(), 0);
         std::future<int32_t> waiter = later([&] { return other.read('a', bias); });
         EXPECT_TRUE(isWaiting(waiter));
@@ -33,24 +34,29 @@ class LockWaitTest : public LockFixture {
 
 TEST_F(LockWaitTest, EndsWithTheUnlock) {
     for (uint32_t bias : {100u, 300u})
-        endsTheWait(bias, [&] { return holder.read('a', 200); }, [&] { return holder.unlock(0); });
+        endsTheWait(
+            bias, [&] { return holder.read('a', 200); }, [&] { return holder.unlock(0); });
 }
 
 TEST_F(LockWaitTest, EndsWhenTheSingleLockMovesOn) {
-    endsTheWait(100, [&] { return holder.read('a', 200); }, [&] { return holder.read('b', 200); });
+    endsTheWait(
+        100, [&] { return holder.read('a', 200); }, [&] { return holder.read('b', 200); });
 }
 
 TEST_F(LockWaitTest, EndsWithAChangeOutsideATransaction) {
-    endsTheWait(100, [&] { return holder.read('a', 200); }, [&] { return holder.update("a1"); });
+    endsTheWait(
+        100, [&] { return holder.read('a', 200); }, [&] { return holder.update("a1"); });
     EXPECT_EQ(other.data('a'), "a1");
 }
 
 TEST_F(LockWaitTest, EndsWithTheClose) {
-    endsTheWait(100, [&] { return holder.read('a', 200); }, [&] { return holder.close(); });
+    endsTheWait(
+        100, [&] { return holder.read('a', 200); }, [&] { return holder.close(); });
 }
 
 TEST_F(LockWaitTest, EndsWithTheReset) {
-    endsTheWait(100, [&] { return holder.read('a', 400); }, [&] { return holder.reset(); });
+    endsTheWait(
+        100, [&] { return holder.read('a', 400); }, [&] { return holder.reset(); });
 }
 
 TEST_F(LockWaitTest, EndsWithTheEndOfATransaction) {

@@ -1,6 +1,8 @@
+#include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <thread>
 
 #include "embedded/operation/engine_session.h"
@@ -189,6 +191,45 @@ TEST_F(SessionsTest, ThreadsWorkThroughSessionsOfTheirOwn) {
     for (int32_t status = session.call(12, &block, "", "k", 0, 2).status; status == 0; ++count)
         status = session.call(6, &block, "", "k", 0, 2).status;
     EXPECT_EQ(count, threads * each);
+}
+
+size_t allocatedBytes() {
+    return mallinfo2().uordblks;
+}
+
+TEST_F(SessionsTest, ClientsThatHoldNothingTakeNoMemory) {
+    auto callAsClient = [](uint32_t number) {
+        std::array<uint8_t, 16> identifier{};
+        memcpy(identifier.data(), &number, sizeof number);
+        uint8_t reply[15];
+        uint32_t length = sizeof reply;
+        ASSERT_EQ(VNTLEXID(26, nullptr, reply, &length, nullptr, 0, 0, identifier.data()), 0);
+    };
+    for (uint32_t client = 0; client < 100; ++client)
+        callAsClient(client);
+    [[maybe_unused]] size_t before = allocatedBytes();
+    for (uint32_t client = 0; client < 10000; ++client)
+        callAsClient(client);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    EXPECT_LT(allocatedBytes(), before + 10000);
+#endif
+}
+
+TEST_F(SessionsTest, WhatASessionHoldsOutlivesItsCalls) {
+    EngineSession other(2);
+    ASSERT_EQ(other.call(17, nullptr, "", directory.path() + '\0', 0).status, 0);
+    EngineSession::PositionBlock otherBlock{};
+    ASSERT_EQ(other.open(&otherBlock, "file"), 0);
+    ASSERT_EQ(other.call(1, &otherBlock).status, 0);
+    EXPECT_EQ(other.open(&otherBlock, "file"), 0);
+    ASSERT_EQ(other.call(28, nullptr).status, 0);
+    EXPECT_EQ(other.open(&otherBlock, "file"), 12);
+    ASSERT_EQ(other.call(1019, nullptr).status, 0);
+    EXPECT_EQ(other.call(1019, nullptr).status, 37);
+    ASSERT_EQ(other.call(28, nullptr).status, 0);
+    EXPECT_EQ(other.call(20, nullptr).status, 39);
+    ASSERT_EQ(other.call(78, nullptr, "", std::string("vantrel:///stock") + '\0', 0).status, 0);
+    EXPECT_EQ(other.call(78, nullptr, "", std::string("vantrel:///stock") + '\0', 0).status, 173);
 }
 
 // The child's exit code tells which of its expectations failed.
