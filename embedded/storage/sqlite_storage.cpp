@@ -351,7 +351,7 @@ void SqliteStorage::commit(Durability durability) {
     }
     writing_ = false;
     isRedefined_ = false;
-    counts_.shapeCommitted();
+    counts_.committed();
     unsynced_ = true;
     if (durability == Durability::synced && !accelerated_)
         sync();
@@ -363,6 +363,7 @@ void SqliteStorage::rollback() {
     if (sqlite3_get_autocommit(database_.get()) == 0)
         rollback_.run();
     writing_ = false;
+    counts_.rolledBack();
     if (isRedefined_ || counts_.isReshaped())
         generation_ = -1;
     isRedefined_ = false;
