@@ -10,13 +10,22 @@ namespace vantrel::embedded {
 
 namespace {
 
-// Entries of a bucket of level 1, or buckets of one above.
-constexpr uint64_t largestBucket = 128;
-constexpr uint64_t builtBucket = 96;
-constexpr uint64_t splitBucket = 64;
-constexpr uint64_t largestMerger = 64;
-constexpr uint64_t smallestBucket = 32;
+// How many rows of the level below a bucket covers.
+struct Limits {
+    uint64_t largest;
+    uint64_t built;
+    uint64_t split;  // the left one of the two that a split makes
+    uint64_t merged;
+    uint64_t smallest;
+};
+constexpr Limits limitsOfEntries{128, 96, 64, 64, 32};
+constexpr Limits limitsOfBuckets{48, 36, 24, 24, 12};
 
+const Limits &limitsAt(int level) {
+    return level == 1 ? limitsOfEntries : limitsOfBuckets;
+}
+
+constexpr size_t mostChanges = 10000;
 constexpr int greatestHeight = 12;
 
 // In front of every entry; the first bucket of each level begins there.
@@ -183,12 +192,20 @@ void SqliteCounts::eraseBucket(uint8_t order, int level, const Bucket &bucket) {
 // Counting
 
 uint64_t SqliteCounts::total(uint8_t order) {
+    flush();
+    return countAll(order);
+}
+
+uint64_t SqliteCounts::countAll(uint8_t order) {
     if (!isBuilt(order))
         return countEntries(order);
-    return countUnder(order, heights_[order], orderStart, UINT64_MAX);
+    StatementUse sum(prepared(sum_, "SELECT sum(count) FROM bucket WHERE number = ?1 AND level = ?2"));
+    sum->bind(1, int64_t{order}).bind(2, int64_t{heights_[order]}).step();
+    return static_cast<uint64_t>(sum->integer(0));
 }
 
 uint64_t SqliteCounts::countInFront(uint8_t order, const OrderPlace &place) {
+    flush();
     OrderPlace start = orderStart;
     uint64_t count = 0;
     for (int level = heights_[order]; level > 0; --level)
@@ -197,6 +214,7 @@ uint64_t SqliteCounts::countInFront(uint8_t order, const OrderPlace &place) {
 }
 
 std::optional<OrderPlace> SqliteCounts::find(uint8_t order, uint64_t rank) {
+    flush();
     OrderPlace start = orderStart;
     for (int level = heights_[order]; level > 0; --level)
         rank -= enterBucketOf(order, level, rank, &start);
@@ -250,7 +268,12 @@ void SqliteCounts::build(uint8_t order) {
         "WITHOUT ROWID");
     do
         addLevel(order);
-    while (nth(order, heights_[order], orderStart, largestBucket));
+    while (isTooWide(order));
+}
+
+// Whether the uppermost level has too many buckets.
+bool SqliteCounts::isTooWide(uint8_t order) {
+    return nth(order, heights_[order], orderStart, limitsOfBuckets.largest).has_value();
 }
 
 void SqliteCounts::addLevel(uint8_t order) {
@@ -260,11 +283,12 @@ void SqliteCounts::addLevel(uint8_t order) {
 }
 
 void SqliteCounts::buildLevel(uint8_t order, int level) {
-    uint64_t left = total(order);
+    uint64_t rows = limitsAt(level).built;
+    uint64_t left = countAll(order);
     OrderPlace start = orderStart;
     for (;;) {
-        std::optional<OrderPlace> next = nth(order, level - 1, start, builtBucket);
-        uint64_t count = next ? countUnder(order, level - 1, start, builtBucket) : left;
+        std::optional<OrderPlace> next = nth(order, level - 1, start, rows);
+        uint64_t count = next ? countUnder(order, level - 1, start, rows) : left;
         insertBucket(order, level, {start, count});
         if (!next)
             return;
@@ -276,52 +300,90 @@ void SqliteCounts::buildLevel(uint8_t order, int level) {
 void SqliteCounts::drop(uint8_t order) {
     if (!isBuilt(order))
         return;
+    changes_.erase(order);
     Statement erase = database_.prepare("DELETE FROM bucket WHERE number = ?1");
     erase.bind(1, int64_t{order}).run();
     setHeight(order, 0);
 }
 
-// Returns the bucket of level 1 that the place lies in.
-SqliteCounts::Bucket SqliteCounts::add(uint8_t order, const OrderPlace &place, uint64_t difference) {
-    Bucket bucket;
-    for (int level = heights_[order]; level > 0; --level) {
-        bucket = bucketAt(order, level, place);
-        bucket.count += difference;
-        setCount(order, level, bucket);
+void SqliteCounts::change(uint8_t order, ByteView key, int64_t address, int64_t difference) {
+    if (!isBuilt(order))
+        return;
+    changes_[order].push_back({{Bytes(key), address}, difference});
+    if (++changeCount_ >= mostChanges)
+        flush();
+}
+
+void SqliteCounts::rolledBack() {
+    changes_.clear();
+    changeCount_ = 0;
+    isHalfCounted_ = false;
+}
+
+void SqliteCounts::flush() {
+    if (isHalfCounted_)
+        throwDamage();
+    if (changeCount_ == 0)
+        return;
+    isHalfCounted_ = true;
+    for (auto &[order, changes] : changes_) {
+        std::sort(changes.begin(), changes.end(),
+                  [](const Change &one, const Change &other) { return one.place < other.place; });
+        count(order, changes);
     }
-    return bucket;
+    rolledBack();
 }
 
-void SqliteCounts::inserted(uint8_t order, ByteView key, int64_t address) {
-    if (!isBuilt(order))
-        return;
-    Bucket bucket = add(order, {Bytes(key), address}, 1);
-    if (bucket.count > largestBucket)
+// The tree takes its new shape when the counts of all levels are right.
+void SqliteCounts::count(uint8_t order, const Changes &changes) {
+    for (int level = heights_[order]; level > 1; --level)
+        count(order, level, changes);
+    for (const Bucket &bucket : count(order, 1, changes)) {
+        if (bucket.count > limitsOfEntries.largest || bucket.count < limitsOfEntries.smallest)
+            reshape(order, bucket.start);
+    }
+}
+
+// Returns the buckets that changed. The last change is looked up first: what follows the start of its bucket
+// lies in it.
+std::vector<SqliteCounts::Bucket> SqliteCounts::count(uint8_t order, int level, const Changes &changes) {
+    std::vector<Bucket> changed;
+    for (size_t left = changes.size(); left > 0;) {
+        Bucket bucket = bucketAt(order, level, changes[left - 1].place);
+        for (; left > 0 && changes[left - 1].place >= bucket.start; --left)
+            bucket.count += static_cast<uint64_t>(changes[left - 1].difference);
+        setCount(order, level, bucket);
+        changed.push_back(std::move(bucket));
+    }
+    return changed;
+}
+
+// Splits the bucket that a place now lies in until none is too large, or merges it.
+void SqliteCounts::reshape(uint8_t order, const OrderPlace &start) {
+    Bucket bucket = bucketAt(order, 1, start);
+    if (bucket.count < limitsOfEntries.smallest)
+        return mergeWithNeighbour(order, 1, bucket);
+    while (bucket.count > limitsOfEntries.largest) {
         split(order, 1, bucket);
-}
-
-void SqliteCounts::deleted(uint8_t order, ByteView key, int64_t address) {
-    if (!isBuilt(order))
-        return;
-    Bucket bucket = add(order, {Bytes(key), address}, ~uint64_t{0});
-    if (bucket.count < smallestBucket)
-        mergeWithNeighbour(order, 1, bucket);
+        bucket = bucketAt(order, 1, *nth(order, 1, bucket.start, 1));
+    }
 }
 
 void SqliteCounts::split(uint8_t order, int level, const Bucket &bucket) {
-    std::optional<OrderPlace> middle = nth(order, level - 1, bucket.start, splitBucket);
+    uint64_t rows = limitsAt(level).split;
+    std::optional<OrderPlace> middle = nth(order, level - 1, bucket.start, rows);
     if (!middle)
         throwDamage();
-    uint64_t count = countUnder(order, level - 1, bucket.start, splitBucket);
+    uint64_t count = countUnder(order, level - 1, bucket.start, rows);
     setCount(order, level, {bucket.start, count});
     insertBucket(order, level, {*middle, bucket.count - count});
     if (level == heights_[order]) {
-        if (nth(order, level, orderStart, largestBucket))
+        if (isTooWide(order))
             addLevel(order);
         return;
     }
     Bucket parent = bucketAt(order, level + 1, bucket.start);
-    if (holdMore(order, level + 1, parent, parent, largestBucket))
+    if (holdMore(order, level + 1, parent, parent, limitsOfBuckets.largest))
         split(order, level + 1, parent);
 }
 
@@ -338,14 +400,14 @@ void SqliteCounts::mergeWithNeighbour(uint8_t order, int level, const Bucket &bu
 }
 
 bool SqliteCounts::merge(uint8_t order, int level, const Bucket &left, const Bucket &right) {
-    if (holdMore(order, level, left, right, largestMerger))
+    if (holdMore(order, level, left, right, limitsAt(level).merged))
         return false;
     eraseBucket(order, level, right);
     setCount(order, level, {left.start, left.count + right.count});
     if (level == heights_[order])
         return true;
     Bucket parent = bucketAt(order, level + 1, left.start);
-    if (!holdMore(order, level + 1, parent, parent, smallestBucket))
+    if (!holdMore(order, level + 1, parent, parent, limitsOfBuckets.smallest))
         mergeWithNeighbour(order, level + 1, parent);
     return true;
 }
@@ -368,6 +430,7 @@ bool SqliteCounts::holdMore(uint8_t order, int level, const Bucket &first, const
 // Verification
 
 bool SqliteCounts::areTrue() {
+    flush();
     for (size_t order = 0; order < heights_.size(); ++order) {
         if (heights_[order] != 0 && !isTrue(static_cast<uint8_t>(order)))
             return false;

@@ -32,7 +32,6 @@ class SqliteCounts {
     bool isBuilt(uint8_t order) const { return heights_[order] != 0; }
     // Whether the write transaction changed what other connections have loaded.
     bool isReshaped() const { return isReshaped_; }
-    void shapeCommitted() { isReshaped_ = false; }
 
     uint64_t total(uint8_t order);
     uint64_t countInFront(uint8_t order, const OrderPlace &place);
@@ -43,9 +42,13 @@ class SqliteCounts {
     // Inside a write transaction.
     void build(uint8_t order);
     void drop(uint8_t order);
-    // An entry was inserted or deleted; without effect where the order has no tree.
-    void inserted(uint8_t order, ByteView key, int64_t address);
-    void deleted(uint8_t order, ByteView key, int64_t address);
+    // An entry was inserted or deleted. What orders with a tree are told is collected and counted later.
+    void inserted(uint8_t order, ByteView key, int64_t address) { change(order, key, address, 1); }
+    void deleted(uint8_t order, ByteView key, int64_t address) { change(order, key, address, -1); }
+    // Counts what was collected, at the latest before the commit.
+    void flush();
+    void committed() { isReshaped_ = false; }
+    void rolledBack();
 
     // Whether every tree is true to the entries.
     bool areTrue();
@@ -58,6 +61,11 @@ class SqliteCounts {
     struct EntryStatements {
         Statement nth, between, total;
     };
+    struct Change {
+        OrderPlace place;
+        int64_t difference;
+    };
+    using Changes = std::vector<Change>;
 
     EntryStatements &entriesOf(uint8_t order);
     Statement &prepared(Statement &statement, const char *sql);
@@ -67,6 +75,7 @@ class SqliteCounts {
     std::optional<OrderPlace> nth(uint8_t order, int level, const OrderPlace &from, uint64_t number);
     uint64_t countBetween(uint8_t order, const OrderPlace &from, const OrderPlace &to);
     uint64_t countEntries(uint8_t order);
+    uint64_t countAll(uint8_t order);
     uint64_t countUnder(uint8_t order, int level, const OrderPlace &from, uint64_t rows);
 
     Statement &bucketsFrom(uint8_t order, int level, const OrderPlace &from);
@@ -78,8 +87,12 @@ class SqliteCounts {
 
     uint64_t enterBucketOf(uint8_t order, int level, const OrderPlace &place, OrderPlace *start);
     uint64_t enterBucketOf(uint8_t order, int level, uint64_t rank, OrderPlace *start);
-    Bucket add(uint8_t order, const OrderPlace &place, uint64_t difference);
+    void change(uint8_t order, ByteView key, int64_t address, int64_t difference);
+    void count(uint8_t order, const Changes &changes);
+    std::vector<Bucket> count(uint8_t order, int level, const Changes &changes);
+    void reshape(uint8_t order, const OrderPlace &start);
     void buildLevel(uint8_t order, int level);
+    bool isTooWide(uint8_t order);
     void addLevel(uint8_t order);
     void split(uint8_t order, int level, const Bucket &bucket);
     void mergeWithNeighbour(uint8_t order, int level, const Bucket &bucket);
@@ -92,8 +105,11 @@ class SqliteCounts {
     Database &database_;
     std::array<uint8_t, 256> heights_{};  // by order, 0 without a tree
     bool isReshaped_ = false;
+    std::map<uint8_t, Changes> changes_;  // of the write transaction, not counted yet
+    size_t changeCount_ = 0;
+    bool isHalfCounted_ = false;  // after a failure
     std::map<uint8_t, EntryStatements> entries_;
-    Statement nthBucket_, bucketAt_, bucketsFrom_, insertBucket_, setCount_, eraseBucket_;
+    Statement nthBucket_, bucketAt_, bucketsFrom_, sum_, insertBucket_, setCount_, eraseBucket_;
 };
 
 }  // namespace vantrel::embedded

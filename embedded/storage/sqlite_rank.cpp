@@ -31,6 +31,7 @@ void SqliteStorage::buildCounts(uint8_t order) {
 
 // Other connections learn with the definition which orders are counted.
 void SqliteStorage::publishCounts() {
+    counts_.flush();
     if (!counts_.isReshaped())
         return;
     database_.execute("UPDATE definition SET generation = generation + 1 WHERE id = 1");

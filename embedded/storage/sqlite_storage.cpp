@@ -387,7 +387,7 @@ void SqliteStorage::commit(Durability durability) {
     }
     endWriting();
     isRedefined_ = false;
-    counts_.shapeCommitted();
+    counts_.committed();
     recorder_.reset();
     unsynced_ = synchronous_ != Synchronous::full;
     if (durability == Durability::synced && !accelerated_)
@@ -401,6 +401,7 @@ void SqliteStorage::rollback() {
         rollback_.run();
     endWriting();
     recorder_.reset();
+    counts_.rolledBack();
     if (isRedefined_ || counts_.isReshaped())
         generation_ = -1;
     isRedefined_ = false;

@@ -76,6 +76,19 @@ TEST_F(RankTest, AReadOnlyConnectionUsesWhatOthersBuilt) {
     expectTrueRanks(*writer);
 }
 
+TEST_F(RankTest, ARollbackTakesBackWhatGrew) {
+    std::unique_ptr<Storage> storage = openStorage(path, {});
+    expectTrueRanks(*storage);
+    storage->begin(Waiting::yes);
+    for (int64_t address = 301; address <= 20000; ++address)
+        storage->insertRecord({address, 1, 2, "record", 6});
+    std::optional<Rank> last = storage->rankOf(physicalOrder, {}, 20000);
+    ASSERT_TRUE(last.has_value());
+    EXPECT_EQ(last->inFront, 19999u);
+    storage->rollback();
+    expectTrueRanks(*storage);
+}
+
 TEST_F(RankTest, AMissingIndexIsRefused) {
     std::unique_ptr<Storage> storage = openStorage(path, {});
     try {
