@@ -76,7 +76,7 @@ class Session {
     void endTransaction();
 
     std::map<std::string, std::unique_ptr<OpenFile>> files_;
-    std::vector<OpenFile *> takenFiles_;  // by the transaction, in the order of taking
+    std::vector<OpenFile *> takenFiles_;                // by the transaction, in the order of taking
     std::vector<std::unique_ptr<Position>> positions_;  // by slot, null where free
     size_t positionCount_ = 0;
 };
