@@ -58,7 +58,7 @@ int32_t deleteFile(const std::string &path) {
     requireWritableDirectory(path);
     LockFile nobodyElse(path, LockFile::Sharing::exclusive);
     // Whatever is no file of this format is left alone.
-    openStorage(path, {});
+    requireStorage(path);
     removeStorage(path);
     return VANTREL_STATUS_NO_ERROR;
 }
@@ -99,7 +99,7 @@ int32_t createFile(Session &session, Request &request) {
     requireWritableDirectory(path);
     LockFile nobodyElse(path, LockFile::Sharing::exclusive);
     if (exists)
-        openStorage(path, {});
+        requireStorage(path);
     createStorage(path, definition);
     return VANTREL_STATUS_NO_ERROR;
 }

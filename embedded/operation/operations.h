@@ -11,7 +11,7 @@ namespace vantrel::embedded {
 using OperationFunction = int32_t(Session &session, Request &request);
 
 // Files
-OperationFunction openFile, closeFile, createFile, createIndex, dropIndex;
+OperationFunction openFile, closeFile, createFile, createIndex, dropIndex, setOwner, clearOwner;
 
 // Records
 OperationFunction insertRecord, updateRecord, deleteRecord;
@@ -53,6 +53,8 @@ enum OperationCodes : uint16_t {
     codeBeginExclusive = 19,
     codeBeginConcurrent = 1019,
     codeBeginConcurrentNoWait = 1519,
+    codeSetOwner = 29,
+    codeSetLongOwner = 17029,
 };
 
 }  // namespace vantrel::embedded

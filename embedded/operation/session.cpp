@@ -92,6 +92,16 @@ void Session::removeFileIfUnused(OpenFile &file) {
     files_.erase(std::string(file.path()));
 }
 
+void Session::dropLostFile(OpenFile &file) {
+    for (auto &position : positions_) {
+        if (position == nullptr || position->file != &file)
+            continue;
+        position.reset();
+        --positionCount_;
+    }
+    files_.erase(std::string(file.path()));
+}
+
 void Session::touch(OpenFile &file) {
     if (transaction == TransactionKind::exclusive && !file.storage().isWriting())
         file.storage().begin(Waiting::yes);

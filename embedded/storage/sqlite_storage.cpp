@@ -48,7 +48,7 @@ void SqliteStorage::Scan::reset() {
 }
 
 SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &options)
-    : database_(path, options.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) {
+    : database_(path, options.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE, options.ownerName) {
     sqlite3_busy_timeout(database_.get(), waitMilliseconds);
     checkFormat(database_);
     database_.execute(
@@ -457,6 +457,7 @@ void SqliteStorage::abandon() {
 }
 
 std::unique_ptr<Storage> openStorage(const std::string &path, const StorageOptions &options) {
+    removeLeftCopy(path);
     return std::make_unique<SqliteStorage>(path, options);
 }
 

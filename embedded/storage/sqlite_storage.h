@@ -51,6 +51,11 @@ class SqliteStorage final : public Storage {
     bool hasUnsyncedCommits() const override { return unsynced_; }
     void setAccelerated(bool accelerated) override;
     void verify() override;
+    std::optional<OwnerMode> owner() override;
+    Access authenticate(ByteView name) override;
+    void setOwner(const NewOwner &owner) override;
+    void clearOwner() override;
+    void writeCopy(const std::string &path, const NewOwner *owner) override;
     void abandon() override;
 
   private:
