@@ -41,8 +41,8 @@ int lengthOf(ByteView bytes) {
 
 Context makeContext(KeyBytes key, const uint8_t *nonce, bool encrypts) {
     Context context(EVP_CIPHER_CTX_new());
-    check(context != nullptr && EVP_CipherInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce,
-                                                  encrypts ? 1 : 0) == 1);
+    check(context != nullptr && EVP_CipherInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(),
+                                                  nonce, encrypts ? 1 : 0) == 1);
     return context;
 }
 

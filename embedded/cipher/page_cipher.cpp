@@ -11,8 +11,8 @@ PageCipher::PageCipher(std::span<const uint8_t, keySize> key)
 
 PageCipher::Context PageCipher::makeContext(std::span<const uint8_t, keySize> key, bool encrypts) {
     Context context(EVP_CIPHER_CTX_new());
-    if (context == nullptr || EVP_CipherInit_ex(context.get(), EVP_aes_256_xts(), nullptr, key.data(), nullptr,
-                                                encrypts ? 1 : 0) != 1)
+    if (context == nullptr || EVP_CipherInit_ex(context.get(), EVP_aes_256_xts(), nullptr, key.data(),
+                                                nullptr, encrypts ? 1 : 0) != 1)
         throw std::bad_alloc();
     return context;
 }

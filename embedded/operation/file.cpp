@@ -70,8 +70,7 @@ int32_t openFile(Session &session, Request &request) {
     std::string path = resolvePath(session, textInKey(request));
     checkAccess(path, mode);
     Access access = Access::full;
-    OpenFile &file =
-        openFileAt(session, path, mode, ownerNameIn(request.data, request.offered), &access);
+    OpenFile &file = openFileAt(session, path, mode, ownerNameIn(request.data, request.offered), &access);
     try {
         if (mode == OpenMode::verify)
             file.storage().verify();

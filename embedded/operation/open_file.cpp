@@ -182,7 +182,8 @@ void OpenFile::encrypt(const NewOwner *owner) {
         storage_->setAccelerated(allAccelerated());
         throw;
     }
-    // The old storage has emptied its log, and must be gone before the new one opens its own in the same place.
+    // The old storage has emptied its log, and must be gone before the new one opens its own in the same
+    // place.
     storage_.reset();
     StorageOptions options;
     options.accelerated = allAccelerated();

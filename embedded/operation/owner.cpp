@@ -23,8 +23,7 @@ ByteView newNameIn(const Request &request) {
     keyBytes(request, 1);
     ByteView name = ownerNameIn(request.data, request.offered);
     size_t longest = request.operation == codeSetLongOwner ? longestOwnerName : longestShortName;
-    if (name.empty() || name.size() > longest ||
-        !areEqual(name, ownerNameIn(request.key, request.keyLength)))
+    if (name.empty() || name.size() > longest || !areEqual(name, ownerNameIn(request.key, request.keyLength)))
         throw StatusError{VANTREL_STATUS_INVALID_OWNER};
     return name;
 }

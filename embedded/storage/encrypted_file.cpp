@@ -97,10 +97,25 @@ int unmapShared(sqlite3_file *file, int removes) {
 }
 
 // Version 2: nothing is mapped into memory but the index of the log.
-constexpr sqlite3_io_methods methods{
-    2,          closeFile,    readFile,   writeFile,         truncateFile, syncFile,   sizeOfFile,
-    lockFile,   unlockFile,   checkReservedLock, controlFile, sectorSize,  deviceCharacteristics,
-    mapShared,  lockShared,   shareBarrier, unmapShared, nullptr, nullptr};
+constexpr sqlite3_io_methods methods{2,
+                                     closeFile,
+                                     readFile,
+                                     writeFile,
+                                     truncateFile,
+                                     syncFile,
+                                     sizeOfFile,
+                                     lockFile,
+                                     unlockFile,
+                                     checkReservedLock,
+                                     controlFile,
+                                     sectorSize,
+                                     deviceCharacteristics,
+                                     mapShared,
+                                     lockShared,
+                                     shareBarrier,
+                                     unmapShared,
+                                     nullptr,
+                                     nullptr};
 
 // Whatever SQLite puts in front of what follows an object keeps this alignment.
 constexpr size_t realFileOffset = (sizeof(EncryptedFile) + 7) / 8 * 8;

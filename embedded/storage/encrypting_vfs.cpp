@@ -48,7 +48,8 @@ int findEncryption(EncryptedFile &file, std::shared_ptr<Encryption> &encryption)
     Bytes bytes(EncryptionHeader::size, '\0');
     int code = readFirst(file.realFile(), bytes);
     if (code == SQLITE_OK)
-        encryption = unlock(EncryptionHeader(bytes), currentScope == nullptr ? ByteView() : currentScope->ownerName);
+        encryption =
+            unlock(EncryptionHeader(bytes), currentScope == nullptr ? ByteView() : currentScope->ownerName);
     return code;
 }
 
@@ -57,8 +58,10 @@ int makeEncryption(EncryptedFile &file, std::shared_ptr<Encryption> &encryption)
     FileKey key = FileKey::random();
     EncryptionHeader header(owner, key);
     sqlite3_file *real = file.realFile();
-    int code = real->pMethods->xWrite(real, header.bytes().data(), static_cast<int>(header.bytes().size()), 0);
-    encryption = std::make_shared<Encryption>(Encryption{header, key, key.pageCipher(), key.markOf(owner.name)});
+    int code =
+        real->pMethods->xWrite(real, header.bytes().data(), static_cast<int>(header.bytes().size()), 0);
+    encryption =
+        std::make_shared<Encryption>(Encryption{header, key, key.pageCipher(), key.markOf(owner.name)});
     return code;
 }
 
