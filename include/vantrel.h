@@ -1309,7 +1309,10 @@ VANTREL_API VantrelStatus VantrelFileUnlockCursorPosition(VantrelFile *file,
  *
  * Returns and keeps in the file VANTREL_STATUS_INVALID_POINTER_PARAMETER for a null name;
  * VANTREL_STATUS_INVALID_OPTION for an unknown mode; from the engine VANTREL_STATUS_OWNER_ALREADY_SET, or
- * VANTREL_STATUS_INVALID_OWNER where the two names differ or are too long. */
+ * VANTREL_STATUS_INVALID_OWNER where the two names differ or are too long,
+ * VANTREL_STATUS_ACCESS_TO_FILE_DENIED through a read-only handle, VANTREL_STATUS_OPERATION_NOT_ALLOWED inside
+ * a transaction, and VANTREL_STATUS_FILE_IN_USE where another session's transaction holds the file or, where the
+ * content is to be encrypted or decrypted, another session has the file open. Open handles go on working. */
 VANTREL_API VantrelStatus VantrelFileSetOwner(VantrelFile *file, VantrelOwnerMode ownerMode,
                                               const char *ownerName, const char *ownerNameAgain,
                                               int32_t isLongName);

@@ -50,7 +50,7 @@ int32_t deleteFile(Session &session, const std::string &path) {
     requireWritableDirectory(path);
     LockFile nobodyElse(path, LockFile::Sharing::exclusive, session.lockUser);
     // Whatever is no file of this format is left alone.
-    openStorage(path, {});
+    requireStorage(path);
     removeStorage(path);
     return VANTREL_STATUS_NO_ERROR;
 }
@@ -92,7 +92,7 @@ int32_t createFile(Session &session, Request &request) {
     requireWritableDirectory(path);
     LockFile nobodyElse(path, LockFile::Sharing::exclusive, session.lockUser);
     if (exists)
-        openStorage(path, {});
+        requireStorage(path);
     createStorage(path, definition);
     return VANTREL_STATUS_NO_ERROR;
 }

@@ -62,6 +62,11 @@ OperationFunction *functionOf(uint16_t operation) {
             return unlock;
         case 28:
             return resetSession;
+        case codeSetOwner:
+        case codeSetLongOwner:
+            return setOwner;
+        case 30:
+            return clearOwner;
         case 31:
             return createIndex;
         case 32:

@@ -33,28 +33,27 @@ void checkAccess(const std::string &path, OpenMode mode) {
     requireAccess(path, mode == OpenMode::readOnly ? R_OK : R_OK | W_OK);
 }
 
-// The file as the session has it open already, or opened for it now.
-OpenFile &openFileAt(Session &session, const std::string &path, OpenMode mode) {
+// The file as the session has it open already, or opened for it now, and what the owner's name allows there.
+OpenFile &openFileAt(Session &session, const std::string &path, OpenMode mode, ByteView ownerName,
+                     Access *access) {
     OpenFile *known = session.findFile(path);
     bool isExclusive = mode == OpenMode::exclusive;
     if (known == nullptr) {
         StorageOptions options;
-        options.readOnly = access(path.c_str(), W_OK) != 0;
+        options.readOnly = ::access(path.c_str(), W_OK) != 0;
         options.accelerated = mode == OpenMode::accelerated;
+        options.ownerName = ownerName;
         auto sharing = isExclusive ? LockFile::Sharing::exclusive : LockFile::Sharing::shared;
-        return session.addFile(std::make_unique<OpenFile>(path, sharing, options, session.lockUser));
+        auto file = std::make_unique<OpenFile>(path, sharing, options, session.lockUser);
+        *access = file->storage().authenticate(ownerName);
+        return session.addFile(std::move(file));
     }
+    *access = known->storage().authenticate(ownerName);
     if (isExclusive && (!known->positions().empty() || !known->lockFile().makeExclusive())) {
         known->lockFile().noteRefusal(openedFile);
         throw StatusError{VANTREL_STATUS_FILE_IN_USE};
     }
     return *known;
-}
-
-// Commits are synced unless every position does without.
-bool allAccelerated(const OpenFile &file) {
-    return std::all_of(file.positions().begin(), file.positions().end(),
-                       [](const Position *position) { return position->isAccelerated; });
 }
 
 }  // namespace
@@ -65,14 +64,16 @@ int32_t openFile(Session &session, Request &request) {
     OpenMode mode = openModeOf(request.keyNumber);
     std::string path = resolvePath(session, textInKey(request));
     checkAccess(path, mode);
-    OpenFile &file = openFileAt(session, path, mode);
+    Access access = Access::full;
+    OpenFile &file = openFileAt(session, path, mode, ownerNameIn(request.data, request.offered), &access);
     try {
         if (mode == OpenMode::verify)
             file.storage().verify();
-        file.storage().setAccelerated(mode == OpenMode::accelerated && allAccelerated(file));
+        file.storage().setAccelerated(mode == OpenMode::accelerated && file.allAccelerated());
         startHousekeeping();
         Position &position = session.addPosition(file, request.positionBlock);
-        position.isReadOnly = mode == OpenMode::readOnly;
+        position.isWithoutOwner = access == Access::reading;
+        position.isReadOnly = mode == OpenMode::readOnly || position.isWithoutOwner;
         position.isExclusive = mode == OpenMode::exclusive;
         position.isAccelerated = mode == OpenMode::accelerated;
     } catch (...) {

@@ -102,31 +102,6 @@ class IndexBuilder {
     uint64_t uniqueCount_ = 0;
 };
 
-// A structural change: refused while any transaction holds the file.
-Position &positionForStructure(Session &session, const Request &request) {
-    Position &position = session.position(request.positionBlock);
-    refuseInsideTransaction(session);
-    if (position.isReadOnly)
-        throw StatusError{VANTREL_STATUS_ACCESS_TO_FILE_DENIED};
-    return position;
-}
-
-// Takes the changes back unless they were committed.
-class StructuralChange {
-  public:
-    explicit StructuralChange(Storage &storage) : storage_(storage) { storage.begin(Waiting::no); }
-    ~StructuralChange() {
-        if (storage_.isWriting())
-            storage_.rollback();
-    }
-    StructuralChange(const StructuralChange &) = delete;
-    StructuralChange &operator=(const StructuralChange &) = delete;
-    void commit() { storage_.commit(Durability::synced); }
-
-  private:
-    Storage &storage_;
-};
-
 }  // namespace
 
 int32_t createIndex(Session &session, Request &request) {

@@ -1,5 +1,6 @@
 #include "embedded/operation/open_file.h"
 
+#include <algorithm>
 #include <ctime>
 
 #include "vantrel.h"
@@ -121,6 +122,38 @@ void OpenFile::changesKept() {
     for (Position *position : positions_)
         position->versionBeforeDeletion.reset();
     versionsBefore_.clear();
+}
+
+bool OpenFile::isOpenExclusively() const {
+    return std::any_of(positions_.begin(), positions_.end(),
+                       [](const Position *position) { return position->isExclusive; });
+}
+
+bool OpenFile::allAccelerated() const {
+    return std::all_of(positions_.begin(), positions_.end(),
+                       [](const Position *position) { return position->isAccelerated; });
+}
+
+void OpenFile::encrypt(const NewOwner *owner) {
+    std::string copy = copyPath(path_);
+    removeLeftCopy(path_);
+    try {
+        storage_->writeCopy(copy, owner);
+        replaceByCopy(path_);
+    } catch (...) {
+        removeLeftCopy(path_);
+        storage_->setAccelerated(allAccelerated());
+        throw;
+    }
+    // The old storage has emptied its log, and must be gone before the new one opens its own in the same
+    // place.
+    storage_.reset();
+    StorageOptions options;
+    options.accelerated = allAccelerated();
+    options.writeGate = &writeGate_;
+    options.ownerName = owner == nullptr ? ByteView() : owner->name;
+    storage_ = openStorage(path_, options);
+    syncDirectoryOf(path_);
 }
 
 // No snapshot is held for long, since it keeps the log from being emptied.

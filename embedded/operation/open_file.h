@@ -46,6 +46,15 @@ class OpenFile {
     void changesTakenBack();
     void changesKept();
 
+    bool isOpenExclusively() const;
+    // Whether every position does without syncing commits.
+    bool allAccelerated() const;
+
+    // Rewrites the content: encrypted for an owner, or plain. Anybody else who has the file open is thrown as
+    // status 85. Positions go on, unless the file cannot be opened again afterwards: then it is lost.
+    void encrypt(const NewOwner *owner);
+    bool isLost() const { return storage_ == nullptr; }
+
     // Called regularly between calls.
     void housekeep();
     // In a forked child: at once for what would act on the parent, later for the rest.

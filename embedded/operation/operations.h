@@ -11,7 +11,8 @@ namespace vantrel::embedded {
 using OperationFunction = int32_t(Session &session, Request &request);
 
 // Files
-OperationFunction openFile, closeFile, createFile, createIndex, dropIndex, changeContinuousOperation;
+OperationFunction openFile, closeFile, createFile, createIndex, dropIndex;
+OperationFunction setOwner, clearOwner, changeContinuousOperation;
 
 // Records
 OperationFunction insertRecord, updateRecord, deleteRecord;
@@ -54,6 +55,8 @@ enum OperationCodes : uint16_t {
     codeBeginExclusive = 19,
     codeBeginConcurrent = 1019,
     codeBeginConcurrentNoWait = 1519,
+    codeSetOwner = 29,
+    codeSetLongOwner = 17029,
 };
 
 }  // namespace vantrel::embedded

@@ -28,6 +28,7 @@ enum class LockKind : uint8_t { none, single, multiple };
 struct Position {
     OpenFile *file = nullptr;
     bool isReadOnly = false;
+    bool isWithoutOwner = false;  // opened for reading since the owner's name was not given
     bool isExclusive = false;
     bool isAccelerated = false;
     int64_t handleMark = 0;

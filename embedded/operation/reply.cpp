@@ -50,6 +50,13 @@ std::string textInData(const Request &request) {
     return textIn(request.data, request.offered);
 }
 
+ByteView ownerNameIn(const uint8_t *buffer, uint32_t length) {
+    if (buffer == nullptr)
+        return {};
+    ByteView bytes = bytesIn(buffer, length);
+    return bytes.substr(0, bytes.find('\0'));
+}
+
 ByteView keyBytes(const Request &request, uint32_t needed) {
     if (request.keyLength < needed)
         throw StatusError{VANTREL_STATUS_KEY_BUFFER_TOO_SHORT};

@@ -19,6 +19,9 @@ void deliverKey(Request &request, const IndexDefinition &index, const StoredReco
 std::string textInKey(const Request &request);
 std::string textInData(const Request &request);
 
+// An owner's name in the key or data buffer, not copied; empty where there is none.
+ByteView ownerNameIn(const uint8_t *buffer, uint32_t length);
+
 // The caller's bytes. Fewer than needed are thrown as status 21 or 22.
 ByteView keyBytes(const Request &request, uint32_t needed);
 ByteView dataBytes(const Request &request, uint32_t needed);

@@ -103,6 +103,14 @@ void Session::takeForChange(OpenFile &file) {
     takenFiles_.push_back(&file);
 }
 
+void Session::dropLostFile(OpenFile &file) {
+    for (auto &position : positions_) {
+        if (position != nullptr && position->file == &file)
+            position.reset();
+    }
+    files_.erase(std::string(file.path()));
+}
+
 void Session::touch(OpenFile &file) {
     bool isTaken = file.storage().isWriting() || file.isReadOnly();
     if (transaction == TransactionKind::exclusive && !isTaken)

@@ -59,6 +59,8 @@ class Session {
     OpenFile *findFile(const std::string &path);
     OpenFile &addFile(std::unique_ptr<OpenFile> file);
     void removeFileIfUnused(OpenFile &file);
+    // Ends all positions on a file that could not be kept open.
+    void dropLostFile(OpenFile &file);
 
     bool insideTransaction() const { return transaction != TransactionKind::none; }
     Waiting waiting() const {

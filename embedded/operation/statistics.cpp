@@ -31,6 +31,11 @@ constexpr uint32_t usageExplicitLocks = 0x0001;
 constexpr uint32_t usageTransactions = 0x0002;
 constexpr uint32_t usageReadOnly = 0x0004;
 constexpr uint32_t usageContinuousOperation = 0x0008;
+constexpr uint32_t usageOwnerDenies = 0x0020;
+constexpr uint32_t usageOwnerLetsRead = 0x0040;
+constexpr uint32_t usageWrongOwner = 0x0080;
+constexpr uint32_t usageEncrypted = 0x0100;
+constexpr uint32_t usageAes256 = 0x2000;
 
 constexpr uint32_t rightsToRead = 0x001;
 constexpr uint32_t allRights = 0x3FF;
@@ -70,15 +75,24 @@ uint32_t fileIdentifier(const std::string &path) {
                                  status.st_dev);
 }
 
+uint32_t ownerFlags(const Position &position) {
+    std::optional<OwnerMode> owner = position.file->storage().owner();
+    if (!owner)
+        return 0;
+    return (owner->isReadable ? usageOwnerLetsRead : usageOwnerDenies) |
+           (owner->isEncrypted ? usageEncrypted | usageAes256 : 0) |
+           (position.isWithoutOwner ? usageWrongOwner : 0);
+}
+
 Bytes fileUsageReply(Session &session, Position &position) {
     OpenFile &file = *position.file;
     bool hasLocks = std::any_of(file.positions().begin(), file.positions().end(),
                                 [](const Position *other) { return !other->locks.empty(); });
     uint32_t handleCount = file.lockFile().handleCount();
-    uint32_t flags = (hasLocks ? usageExplicitLocks : 0) |
-                     (session.insideTransaction() ? usageTransactions : 0) |
-                     (position.isReadOnly ? usageReadOnly : 0) |
-                     (file.lockFile().isInContinuousOperation() ? usageContinuousOperation : 0);
+    uint32_t flags =
+        (hasLocks ? usageExplicitLocks : 0) | (session.insideTransaction() ? usageTransactions : 0) |
+        (position.isReadOnly ? usageReadOnly : 0) |
+        (file.lockFile().isInContinuousOperation() ? usageContinuousOperation : 0) | ownerFlags(position);
     Bytes reply;
     appendNumber(reply, fileIdentifier(file.path()), 4);
     appendNumber(reply, handleCount, 4);

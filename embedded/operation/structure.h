@@ -21,6 +21,31 @@ inline uint8_t namedIndexNumber(int32_t keyNumber) {
     return static_cast<uint8_t>(number);
 }
 
+// A structural change: refused while any transaction holds the file.
+inline Position &positionForStructure(Session &session, const Request &request) {
+    Position &position = session.position(request.positionBlock);
+    refuseInsideTransaction(session);
+    if (position.isReadOnly)
+        throw StatusError{VANTREL_STATUS_ACCESS_TO_FILE_DENIED};
+    return position;
+}
+
+// Takes the changes back unless they were committed.
+class StructuralChange {
+  public:
+    explicit StructuralChange(Storage &storage) : storage_(storage) { storage.begin(Waiting::no); }
+    ~StructuralChange() {
+        if (storage_.isWriting())
+            storage_.rollback();
+    }
+    StructuralChange(const StructuralChange &) = delete;
+    StructuralChange &operator=(const StructuralChange &) = delete;
+    void commit() { storage_.commit(Durability::synced); }
+
+  private:
+    Storage &storage_;
+};
+
 }  // namespace vantrel::embedded
 
 #endif

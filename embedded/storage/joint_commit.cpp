@@ -61,7 +61,7 @@ void JointCommit::keepChanges() {
     for (SqliteStorage *file : others_) {
         file->writeState();
         Bytes identifier = RedoTables(file->database()).fileIdentifier();
-        redo.keep({commit_, identifier, file->path()}, file->recorder(), file->redoSeal());
+        redo.keep({commit_, identifier, file->path()}, file->recorder(), RedoSeal(file->database()));
     }
 }
 

@@ -27,8 +27,6 @@ enum class Outcome {
     busy,       // somebody else is at it
 };
 
-const NoRedoSeal noSeal;
-
 // A write transaction that does not wait for others; leaving the scope without a commit takes it back.
 class WriteSide {
   public:
@@ -77,12 +75,25 @@ bool existsInItsDirectory(const std::string &path) {
     return false;
 }
 
-// Reading waits where the log is being recovered.
+// None for an encrypted file that this process has no key for. Reading waits where the log is being
+// recovered.
+std::optional<Database> tryOpenFile(const std::string &path) {
+    try {
+        Database database(path, SQLITE_OPEN_READWRITE, Database::withHeldKey);
+        sqlite3_busy_timeout(database.get(), readingWaitMilliseconds);
+        checkFormat(database);
+        return database;
+    } catch (const StatusError &error) {
+        if (error.status != VANTREL_STATUS_INVALID_OWNER)
+            throw;
+        return std::nullopt;
+    }
+}
+
 Database openFile(const std::string &path) {
-    Database database(path, SQLITE_OPEN_READWRITE);
-    sqlite3_busy_timeout(database.get(), readingWaitMilliseconds);
-    checkFormat(database);
-    return database;
+    std::optional<Database> file = tryOpenFile(path);
+    require(file.has_value(), VANTREL_STATUS_FILE_IN_USE);
+    return std::move(*file);
 }
 
 // None where the file at the path is not the one that decided.
@@ -126,7 +137,7 @@ Outcome giveItsPart(Database &participant, Database &coordinator, const CommitRe
     WriteSide side(participant);
     if (!side.isTaken())
         return Outcome::busy;
-    RedoTables(participant).applyFrom(coordinator, reference.commit, noSeal);
+    RedoTables(participant).applyFrom(coordinator, reference.commit, RedoSeal(participant));
     side.commitDurably();
     return Outcome::settled;
 }
@@ -219,8 +230,10 @@ void settleForWriting(const std::string &path, Waiting waiting) {
 }
 
 bool settleParticipants(const std::string &path) {
-    Database coordinator = openFile(path);
-    std::vector<RedoTables::Participant> participants = RedoTables(coordinator).participants();
+    std::optional<Database> coordinator = tryOpenFile(path);
+    if (!coordinator)
+        return true;
+    std::vector<RedoTables::Participant> participants = RedoTables(*coordinator).participants();
     std::vector<RedoTables::Participant> settled;
     std::exception_ptr failure;
     for (const RedoTables::Participant &participant : participants) {
@@ -231,7 +244,7 @@ bool settleParticipants(const std::string &path) {
             failure = failure ? failure : std::current_exception();
         }
     }
-    bool isDropped = dropSettled(coordinator, settled);
+    bool isDropped = dropSettled(*coordinator, settled);
     if (failure)
         std::rethrow_exception(failure);
     return isDropped && settled.size() == participants.size();

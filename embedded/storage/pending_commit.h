@@ -18,7 +18,8 @@ void settleForReading(const std::string &path);
 void settleForWriting(const std::string &path, Waiting waiting);
 
 // Gives all files their parts that this one keeps for them, and drops these. False where some are still
-// needed, since their writer lives; the first failure is thrown when all others are settled.
+// needed, since their writer lives; the first failure is thrown when all others are settled. Of an encrypted
+// file without a key nothing can be told, and true is returned.
 bool settleParticipants(const std::string &path);
 
 // Before a file is replaced, renamed or removed: status 85 where it is still needed.

@@ -1,24 +1,25 @@
 #ifndef VANTREL_EMBEDDED_STORAGE_REDO_SEAL_H
 #define VANTREL_EMBEDDED_STORAGE_REDO_SEAL_H
 
-#include "embedded/key/definition.h"
+#include <optional>
+
+#include "embedded/cipher/file_key.h"
+#include "embedded/storage/sqlite_database.h"
 
 namespace vantrel::embedded {
 
 // What a file's changes look like while another file keeps them for it: a file that is encrypted seals them,
-// so that they cannot be read there. Commit and piece together are never used twice.
+// so that they cannot be read there; those of others stay as they are. Commit and piece together are never
+// used twice.
 class RedoSeal {
   public:
-    virtual ~RedoSeal() = default;
-    virtual Bytes sealRedo(Bytes piece, ByteView commit, int64_t number) const = 0;
-    virtual Bytes openRedo(Bytes piece, ByteView commit, int64_t number) const = 0;
-};
+    explicit RedoSeal(const Database &file);
 
-// Of a file that is not encrypted: as they are.
-class NoRedoSeal final : public RedoSeal {
-  public:
-    Bytes sealRedo(Bytes piece, ByteView, int64_t) const override { return piece; }
-    Bytes openRedo(Bytes piece, ByteView, int64_t) const override { return piece; }
+    Bytes sealRedo(Bytes piece, ByteView commit, int64_t number) const;
+    Bytes openRedo(Bytes piece, ByteView commit, int64_t number) const;
+
+  private:
+    std::optional<FileKey> key_;
 };
 
 }  // namespace vantrel::embedded

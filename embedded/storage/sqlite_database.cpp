@@ -3,6 +3,7 @@
 #include <new>
 #include <utility>
 
+#include "embedded/storage/encrypting_vfs.h"
 #include "embedded/storage/wal_index.h"
 #include "vantrel.h"
 
@@ -23,8 +24,9 @@ int32_t statusOfSqliteError(int code) {
             return VANTREL_STATUS_DISK_FULL;
         case SQLITE_CANTOPEN:
         case SQLITE_PERM:
-        case SQLITE_AUTH:
             return VANTREL_STATUS_PERMISSION_ERROR;
+        case SQLITE_AUTH:
+            return VANTREL_STATUS_INVALID_OWNER;
         case SQLITE_NOTADB:
             return VANTREL_STATUS_NOT_A_VANTREL_FILE;
         case SQLITE_IOERR:
@@ -95,8 +97,23 @@ ByteView Statement::bytes(int column) const {
     return ByteView(static_cast<const char *>(first), length);
 }
 
-Database::Database(const std::string &path, int flags) {
-    int code = sqlite3_open_v2(path.c_str(), &database_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+Database::Database(const std::string &path, int flags, ByteView ownerName) {
+    OpeningScope scope(ownerName);
+    open(path, flags);
+}
+
+Database::Database(const std::string &path, int flags, HeldKey) {
+    OpeningScope scope(OpeningScope::HeldKey::only);
+    open(path, flags);
+}
+
+Database::Database(const std::string &path, int flags, const NewOwner &owner) {
+    OpeningScope scope(owner);
+    open(path, flags);
+}
+
+void Database::open(const std::string &path, int flags) {
+    int code = sqlite3_open_v2(path.c_str(), &database_, flags | SQLITE_OPEN_NOMUTEX, encryptingVfs());
     if (code == SQLITE_OK)
         code = sqlite3_extended_result_codes(database_, 1);
     if (code != SQLITE_OK) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 
+#include "embedded/cipher/owner.h"
 #include "embedded/key/definition.h"
 #include "embedded/status_error.h"
 
@@ -59,7 +60,13 @@ class StatementUse {
 class Database {
   public:
     Database() = default;
-    Database(const std::string &path, int flags);
+    // An encrypted database that the owner's name does not open is thrown as status 51.
+    Database(const std::string &path, int flags, ByteView ownerName = {});
+    // For what the engine does by itself: an encrypted one opens where another connection has it open.
+    enum HeldKey { withHeldKey };
+    Database(const std::string &path, int flags, HeldKey);
+    // Makes an encrypted one.
+    Database(const std::string &path, int flags, const NewOwner &owner);
     ~Database() { sqlite3_close_v2(database_); }
     Database(Database &&other) noexcept : database_(other.database_) { other.database_ = nullptr; }
     Database &operator=(Database &&other) noexcept;
@@ -80,6 +87,7 @@ class Database {
     void abandon();
 
   private:
+    void open(const std::string &path, int flags);
     sqlite3_file *file(int control) const;
 
     sqlite3 *database_ = nullptr;

@@ -15,7 +15,8 @@ constexpr const char *emptyTheLog = "PRAGMA wal_checkpoint(TRUNCATE)";
 
 }  // namespace
 
-SqliteFreeze::SqliteFreeze(const std::string &path) : database_(path, SQLITE_OPEN_READWRITE) {
+SqliteFreeze::SqliteFreeze(const std::string &path)
+    : database_(path, SQLITE_OPEN_READWRITE, Database::withHeldKey) {
     sqlite3_busy_timeout(database_.get(), waitMilliseconds);
     checkFormat(database_);
     // Fails where somebody's transaction holds the file.

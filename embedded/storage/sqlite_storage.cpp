@@ -46,7 +46,7 @@ void SqliteStorage::Scan::reset() {
 SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &options)
     : path_(path),
       writeGate_(options.writeGate),
-      database_(path, options.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) {
+      database_(path, options.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE, options.ownerName) {
     sqlite3_busy_timeout(database_.get(), waitMilliseconds);
     checkFormat(database_);
     settleForReading(path_);
@@ -516,6 +516,7 @@ void SqliteStorage::abandon() {
 }
 
 std::unique_ptr<Storage> openStorage(const std::string &path, const StorageOptions &options) {
+    removeLeftCopy(path);
     return std::make_unique<SqliteStorage>(path, options);
 }
 

@@ -56,6 +56,11 @@ class SqliteStorage final : public Storage {
     void settle() override;
     void setAccelerated(bool accelerated) override;
     void verify() override;
+    std::optional<OwnerMode> owner() override;
+    Access authenticate(ByteView name) override;
+    void setOwner(const NewOwner &owner) override;
+    void clearOwner() override;
+    void writeCopy(const std::string &path, const NewOwner *owner) override;
     void abandon() override;
 
     // For a commit over several files.
@@ -65,7 +70,6 @@ class SqliteStorage final : public Storage {
     // All that the write transaction changes is then in the tables.
     void writeState();
     RedoRecorder &recorder() { return *recorder_; }
-    const RedoSeal &redoSeal() const { return redoSeal_; }
     // The file keeps changes for others that settle is to drop.
     void setKeepsRedo(bool keeps) { keepsRedo_ = keeps; }
 
@@ -115,7 +119,6 @@ class SqliteStorage final : public Storage {
     std::string path_;
     WriteGate *writeGate_;
     Database database_;
-    NoRedoSeal redoSeal_;
     std::optional<RedoRecorder> recorder_;  // of a transaction's further files
     WalIndex walIndex_;
     WalIndex::Header snapshotHeader_{};

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "embedded/cipher/owner.h"
 #include "embedded/key/specification.h"
 #include "embedded/status_error.h"
 
@@ -80,6 +81,7 @@ struct StorageOptions {
     bool readOnly = false;
     bool accelerated = false;
     WriteGate *writeGate = nullptr;  // needed for write transactions
+    ByteView ownerName = {};         // needed for encrypted files only; it is not kept
 };
 
 // Failures are thrown as StatusError.
@@ -148,6 +150,17 @@ class Storage {
     virtual void setAccelerated(bool accelerated) = 0;
     // Damage is thrown as an input/output error.
     virtual void verify() = 0;
+
+    // None where the file has no owner.
+    virtual std::optional<OwnerMode> owner() = 0;
+    // What giving this name, or none, allows; where that is nothing, status 51 is thrown.
+    virtual Access authenticate(ByteView name) = 0;
+    // Inside a write transaction, of a file that is not encrypted and stays so.
+    virtual void setOwner(const NewOwner &owner) = 0;
+    virtual void clearOwner() = 0;
+    // Copies the whole file while nobody changes it: encrypted for the owner, or plain without one.
+    virtual void writeCopy(const std::string &path, const NewOwner *owner) = 0;
+
     // Gives up everything in a forked child without touching what the parent still uses.
     virtual void abandon() = 0;
 };
@@ -174,8 +187,18 @@ void commitTogether(const std::vector<Storage *> &storages);
 
 // Nobody has the files open that these make, replace, remove or rename.
 void createStorage(const std::string &path, const FileDefinition &definition);
+// Whatever is no file of this format is thrown as status 30. Owners' names are not asked for.
+void requireStorage(const std::string &path);
 void removeStorage(const std::string &path);
 void moveStorage(const std::string &from, const std::string &to);
+
+// Where a copy stands that is to replace its file. Left-over ones are removed whenever the file is opened.
+std::string copyPath(const std::string &path);
+void removeLeftCopy(const std::string &path);
+// In one step; the storages that have the file open go on with the old content.
+void replaceByCopy(const std::string &path);
+// Makes the last replacement of a file in its directory survive power loss.
+void syncDirectoryOf(const std::string &path);
 
 }  // namespace vantrel::embedded
 

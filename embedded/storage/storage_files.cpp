@@ -1,13 +1,16 @@
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "embedded/storage/commit_pointer.h"
 #include "embedded/storage/pending_commit.h"
 #include "embedded/storage/sqlite_schema.h"
 #include "embedded/storage/storage.h"
 #include "embedded/storage/system_file.h"
+#include "embedded/system_error.h"
 
 namespace vantrel::embedded {
 
@@ -24,6 +27,7 @@ void removeSideFiles(const std::string &path) {
     removeIfThere(path + "-shm");
     removeIfThere(path + "-journal");
     CommitPointer::removeLeftBeside(path);
+    removeIfThere(copyPath(path));
 }
 
 // Pages that were filled once and freed stay with the file for the records to come.
@@ -43,7 +47,7 @@ void fill(const std::string &path, const FileDefinition &definition) {
     Database database(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     database.execute(
         "PRAGMA page_size = 8192; PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; "
-        "PRAGMA secure_delete = OFF; PRAGMA application_id = " +
+        "PRAGMA secure_delete = OFF; PRAGMA temp_store = MEMORY; PRAGMA application_id = " +
         std::to_string(applicationId) + "; PRAGMA user_version = " + std::to_string(formatNumber));
     database.execute("BEGIN");
     createTables(database, definition);
@@ -51,7 +55,64 @@ void fill(const std::string &path, const FileDefinition &definition) {
     database.execute("COMMIT; PRAGMA synchronous = FULL; PRAGMA journal_mode = WAL");
 }
 
+// Opening and closing brings the log into the file. False where opening takes the owner's name.
+bool bringLogIn(const std::string &path) {
+    try {
+        Database database(path, SQLITE_OPEN_READWRITE);
+        checkFormat(database);
+        return true;
+    } catch (const StatusError &error) {
+        if (error.status != VANTREL_STATUS_INVALID_OWNER)
+            throw;
+        return false;
+    }
+}
+
+// A log is found by the name of its file.
+void copyLog(const std::string &from, const std::string &to) {
+    std::error_code error;
+    bool isCopied = std::filesystem::copy_file(from + "-wal", to + "-wal", error);
+    if (isCopied)
+        Descriptor(to + "-wal", O_RDWR).sync();
+    else if (error != std::errc::no_such_file_or_directory)
+        throwSystemError(error.value());
+}
+
+// Owner, group and rights go over as far as this process may give them.
+void keepRights(const std::string &from, const std::string &to) {
+    struct stat status;
+    if (stat(from.c_str(), &status) != 0)
+        throwSystemError(errno);
+    if (chown(to.c_str(), status.st_uid, status.st_gid) != 0 && errno != EPERM)
+        throwSystemError(errno);
+    if (chmod(to.c_str(), status.st_mode & 07777) != 0)
+        throwSystemError(errno);
+}
+
 }  // namespace
+
+void syncDirectoryOf(const std::string &path) {
+    syncDirectory(directoryWith(path));
+}
+
+std::string copyPath(const std::string &path) {
+    return path + "-rekey";
+}
+
+void removeLeftCopy(const std::string &path) {
+    unlink(copyPath(path).c_str());
+}
+
+void requireStorage(const std::string &path) {
+    bringLogIn(path);
+}
+
+void replaceByCopy(const std::string &path) {
+    std::string copy = copyPath(path);
+    keepRights(path, copy);
+    Descriptor(copy, O_RDWR).sync();
+    moveOnto(copy, path);
+}
 
 // The file is made under another name, so that the path never holds a half-made one.
 void createStorage(const std::string &path, const FileDefinition &definition) {
@@ -83,11 +144,11 @@ void removeStorage(const std::string &path) {
 
 void moveStorage(const std::string &from, const std::string &to) {
     requireSettled(from);
-    // Opening and closing brings the log into the file.
-    openStorage(from, {});
-    removeSideFiles(from);
     removeSideFiles(to);
+    if (!bringLogIn(from))
+        copyLog(from, to);
     moveOnto(from, to);
+    removeSideFiles(from);
     syncDirectory(directoryWith(from));
     syncDirectory(directoryWith(to));
 }
