@@ -342,7 +342,7 @@ void SqliteStorage::commit(Durability durability) {
             write->bind(1, state_.recordCount).bind(2, state_.lastAddress).bind(3, state_.lastTime);
             write->bind(4, ByteView(counts)).run();
         }
-        publishCounts();
+        finishCounts();
         resetScans();
         commit_.run();
     } catch (...) {
