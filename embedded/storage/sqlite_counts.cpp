@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "embedded/storage/sqlite_schema.h"
 #include "embedded/storage/storage.h"
 #include "vantrel.h"
 
@@ -31,25 +30,20 @@ constexpr int greatestHeight = 12;
 // In front of every entry; the first bucket of each level begins there.
 const OrderPlace orderStart;
 
-[[noreturn]] void throwDamage() {
-    throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
-}
-
-OrderPlace placeIn(const Statement &row) {
-    return {Bytes(row.bytes(0)), row.integer(1)};
-}
-
-uint64_t countIn(const Statement &row) {
-    return static_cast<uint64_t>(row.integer(2));
-}
-
-Statement &bindPlace(Statement &statement, int parameter, const OrderPlace &place) {
-    return statement.bind(parameter, ByteView(place.key)).bind(parameter + 1, place.address);
-}
-
-Statement &bindLevel(Statement &statement, uint8_t order, int level, const OrderPlace &place) {
-    statement.bind(1, int64_t{order}).bind(2, int64_t{level});
-    return bindPlace(statement, 3, place);
+// Whether every parent begins with one of the children and counts what those up to the next parent do.
+bool coverExactly(const std::vector<Bucket> &parents, const std::vector<Bucket> &children) {
+    auto child = children.begin();
+    for (size_t parent = 0; parent < parents.size(); ++parent) {
+        if (child == children.end() || child->start != parents[parent].start)
+            return false;
+        bool isLast = parent + 1 == parents.size();
+        uint64_t count = 0;
+        for (; child != children.end() && (isLast || child->start < parents[parent + 1].start); ++child)
+            count += child->count;
+        if (count != parents[parent].count)
+            return false;
+    }
+    return child == children.end();
 }
 
 }  // namespace
@@ -57,7 +51,7 @@ Statement &bindLevel(Statement &statement, uint8_t order, int level, const Order
 void SqliteCounts::load() {
     heights_ = {};
     isReshaped_ = false;
-    entries_.clear();
+    buckets_.forgetOrders();
     if (database_.integer("SELECT 1 FROM sqlite_master WHERE name = 'counted_order'") == 0)
         return;
     Statement trees = database_.prepare("SELECT number, height FROM counted_order");
@@ -65,7 +59,7 @@ void SqliteCounts::load() {
         int64_t order = trees.integer(0);
         int64_t height = trees.integer(1);
         if (order < 0 || order > UINT8_MAX || height < 1 || height > greatestHeight)
-            throwDamage();
+            throwBucketDamage();
         heights_[static_cast<size_t>(order)] = static_cast<uint8_t>(height);
     }
 }
@@ -81,114 +75,6 @@ void SqliteCounts::setHeight(uint8_t order, int height) {
     isReshaped_ = true;
 }
 
-// Rows
-
-Statement &SqliteCounts::prepared(Statement &statement, const char *sql) {
-    if (!statement)
-        statement = database_.prepare(sql);
-    return statement;
-}
-
-SqliteCounts::EntryStatements &SqliteCounts::entriesOf(uint8_t order) {
-    EntryStatements &statements = entries_[order];
-    if (statements.total)
-        return statements;
-    bool isPhysical = order == physicalOrder;
-    std::string key = isPhysical ? "x'', " : "key, ";
-    std::string table = isPhysical ? "record" : indexTableName(order);
-    std::string from = isPhysical ? " WHERE address >= ?2" : " WHERE (key, address) >= (?1, ?2)";
-    std::string to = isPhysical ? " AND address < ?4" : " AND (key, address) < (?3, ?4)";
-    std::string sorted = isPhysical ? " ORDER BY address" : " ORDER BY key, address";
-    statements.nth = database_.prepare(
-        ("SELECT " + key + "address FROM " + table + from + sorted + " LIMIT 1 OFFSET ?3").c_str());
-    statements.between = database_.prepare(("SELECT count(*) FROM " + table + from + to).c_str());
-    statements.total = database_.prepare(("SELECT count(*) FROM " + table).c_str());
-    return statements;
-}
-
-std::optional<OrderPlace> SqliteCounts::nth(uint8_t order, int level, const OrderPlace &from,
-                                            uint64_t number) {
-    bool isEntry = level == 0;
-    StatementUse row(isEntry ? entriesOf(order).nth
-                             : prepared(nthBucket_,
-                                        "SELECT key, address FROM bucket WHERE number = ?1 AND level = ?2 "
-                                        "AND (key, address) >= (?3, ?4) ORDER BY key, address "
-                                        "LIMIT 1 OFFSET ?5"));
-    if (isEntry)
-        bindPlace(*row, 1, from).bind(3, number);
-    else
-        bindLevel(*row, order, level, from).bind(5, number);
-    if (!row->step())
-        return std::nullopt;
-    return placeIn(*row);
-}
-
-uint64_t SqliteCounts::countBetween(uint8_t order, const OrderPlace &from, const OrderPlace &to) {
-    StatementUse count(entriesOf(order).between);
-    bindPlace(bindPlace(*count, 1, from), 3, to).step();
-    return static_cast<uint64_t>(count->integer(0));
-}
-
-uint64_t SqliteCounts::countEntries(uint8_t order) {
-    StatementUse count(entriesOf(order).total);
-    count->step();
-    return static_cast<uint64_t>(count->integer(0));
-}
-
-// The entries that so many rows of a level cover.
-uint64_t SqliteCounts::countUnder(uint8_t order, int level, const OrderPlace &from, uint64_t rows) {
-    if (level == 0)
-        return rows;
-    StatementUse buckets(bucketsFrom(order, level, from));
-    uint64_t count = 0;
-    for (; rows > 0 && buckets->step(); --rows)
-        count += countIn(*buckets);
-    return count;
-}
-
-Statement &SqliteCounts::bucketsFrom(uint8_t order, int level, const OrderPlace &from) {
-    return bindLevel(prepared(bucketsFrom_,
-                              "SELECT key, address, count FROM bucket WHERE number = ?1 AND level = ?2 "
-                              "AND (key, address) >= (?3, ?4) ORDER BY key, address"),
-                     order, level, from);
-}
-
-SqliteCounts::Bucket SqliteCounts::bucketAt(uint8_t order, int level, const OrderPlace &place) {
-    StatementUse bucket(prepared(bucketAt_,
-                                 "SELECT key, address, count FROM bucket WHERE number = ?1 AND level = ?2 "
-                                 "AND (key, address) <= (?3, ?4) ORDER BY key DESC, address DESC LIMIT 1"));
-    if (!bindLevel(*bucket, order, level, place).step())
-        throwDamage();
-    return {placeIn(*bucket), countIn(*bucket)};
-}
-
-std::vector<SqliteCounts::Bucket> SqliteCounts::bucketsOf(uint8_t order, int level) {
-    std::vector<Bucket> found;
-    StatementUse buckets(bucketsFrom(order, level, orderStart));
-    while (buckets->step())
-        found.push_back({placeIn(*buckets), countIn(*buckets)});
-    return found;
-}
-
-void SqliteCounts::insertBucket(uint8_t order, int level, const Bucket &bucket) {
-    Statement &insert = prepared(insertBucket_, "INSERT INTO bucket VALUES(?1, ?2, ?3, ?4, ?5)");
-    bindLevel(insert, order, level, bucket.start).bind(5, bucket.count).run();
-}
-
-void SqliteCounts::setCount(uint8_t order, int level, const Bucket &bucket) {
-    Statement &set = prepared(setCount_,
-                              "UPDATE bucket SET count = ?5 WHERE number = ?1 AND level = ?2 AND key = ?3 "
-                              "AND address = ?4");
-    bindLevel(set, order, level, bucket.start).bind(5, bucket.count).run();
-}
-
-void SqliteCounts::eraseBucket(uint8_t order, int level, const Bucket &bucket) {
-    Statement &erase = prepared(eraseBucket_,
-                                "DELETE FROM bucket WHERE number = ?1 AND level = ?2 AND key = ?3 "
-                                "AND address = ?4");
-    bindLevel(erase, order, level, bucket.start).run();
-}
-
 // Counting
 
 uint64_t SqliteCounts::total(uint8_t order) {
@@ -198,10 +84,8 @@ uint64_t SqliteCounts::total(uint8_t order) {
 
 uint64_t SqliteCounts::countAll(uint8_t order) {
     if (!isBuilt(order))
-        return countEntries(order);
-    StatementUse sum(prepared(sum_, "SELECT sum(count) FROM bucket WHERE number = ?1 AND level = ?2"));
-    sum->bind(1, int64_t{order}).bind(2, int64_t{heights_[order]}).step();
-    return static_cast<uint64_t>(sum->integer(0));
+        return buckets_.countEntries(order);
+    return buckets_.sum(order, heights_[order]);
 }
 
 uint64_t SqliteCounts::countInFront(uint8_t order, const OrderPlace &place) {
@@ -209,63 +93,28 @@ uint64_t SqliteCounts::countInFront(uint8_t order, const OrderPlace &place) {
     OrderPlace start = orderStart;
     uint64_t count = 0;
     for (int level = heights_[order]; level > 0; --level)
-        count += enterBucketOf(order, level, place, &start);
-    return count + countBetween(order, start, place);
+        count += buckets_.enter(order, level, place, &start);
+    return count + buckets_.countBetween(order, start, place);
 }
 
 std::optional<OrderPlace> SqliteCounts::find(uint8_t order, uint64_t rank) {
     flush();
     OrderPlace start = orderStart;
     for (int level = heights_[order]; level > 0; --level)
-        rank -= enterBucketOf(order, level, rank, &start);
-    return nth(order, 0, start, rank);
+        rank -= buckets_.enter(order, level, rank, &start);
+    return buckets_.nth(order, 0, start, rank);
 }
 
 bool SqliteCounts::hasEntry(uint8_t order, const OrderPlace &place) {
-    return nth(order, 0, place, 0) == place;
-}
-
-// Moves the start on to the bucket of the level that has the place; returns what lies between.
-uint64_t SqliteCounts::enterBucketOf(uint8_t order, int level, const OrderPlace &place, OrderPlace *start) {
-    OrderPlace from = *start;
-    StatementUse buckets(bucketsFrom(order, level, from));
-    uint64_t passed = 0;
-    uint64_t last = 0;
-    while (buckets->step()) {
-        OrderPlace next = placeIn(*buckets);
-        if (next > place)
-            break;
-        passed += last;
-        last = countIn(*buckets);
-        *start = std::move(next);
-    }
-    return passed;
-}
-
-// The same for the entry that stands so far behind the start.
-uint64_t SqliteCounts::enterBucketOf(uint8_t order, int level, uint64_t rank, OrderPlace *start) {
-    OrderPlace from = *start;
-    StatementUse buckets(bucketsFrom(order, level, from));
-    uint64_t passed = 0;
-    for (;; passed += countIn(*buckets)) {
-        if (!buckets->step())
-            throwDamage();
-        if (passed + countIn(*buckets) > rank)
-            break;
-    }
-    *start = placeIn(*buckets);
-    return passed;
+    return buckets_.nth(order, 0, place, 0) == place;
 }
 
 // Upkeep
 
 void SqliteCounts::build(uint8_t order) {
     database_.execute(
-        "CREATE TABLE IF NOT EXISTS counted_order(number INTEGER PRIMARY KEY, height INTEGER NOT NULL);"
-        "CREATE TABLE IF NOT EXISTS bucket(number INTEGER NOT NULL, level INTEGER NOT NULL, key BLOB NOT "
-        "NULL, "
-        "address INTEGER NOT NULL, count INTEGER NOT NULL, PRIMARY KEY(number, level, key, address)) "
-        "WITHOUT ROWID");
+        "CREATE TABLE IF NOT EXISTS counted_order(number INTEGER PRIMARY KEY, height INTEGER NOT NULL)");
+    buckets_.createTable();
     do
         addLevel(order);
     while (isTooWide(order));
@@ -273,7 +122,7 @@ void SqliteCounts::build(uint8_t order) {
 
 // Whether the uppermost level has too many buckets.
 bool SqliteCounts::isTooWide(uint8_t order) {
-    return nth(order, heights_[order], orderStart, limitsOfBuckets.largest).has_value();
+    return buckets_.nth(order, heights_[order], orderStart, limitsOfBuckets.largest).has_value();
 }
 
 void SqliteCounts::addLevel(uint8_t order) {
@@ -287,9 +136,9 @@ void SqliteCounts::buildLevel(uint8_t order, int level) {
     uint64_t left = countAll(order);
     OrderPlace start = orderStart;
     for (;;) {
-        std::optional<OrderPlace> next = nth(order, level - 1, start, rows);
-        uint64_t count = next ? countUnder(order, level - 1, start, rows) : left;
-        insertBucket(order, level, {start, count});
+        std::optional<OrderPlace> next = buckets_.nth(order, level - 1, start, rows);
+        uint64_t count = next ? buckets_.countUnder(order, level - 1, start, rows) : left;
+        buckets_.insert(order, level, {start, count});
         if (!next)
             return;
         left -= count;
@@ -301,8 +150,7 @@ void SqliteCounts::drop(uint8_t order) {
     if (!isBuilt(order))
         return;
     changes_.erase(order);
-    Statement erase = database_.prepare("DELETE FROM bucket WHERE number = ?1");
-    erase.bind(1, int64_t{order}).run();
+    buckets_.eraseAll(order);
     setHeight(order, 0);
 }
 
@@ -322,7 +170,7 @@ void SqliteCounts::rolledBack() {
 
 void SqliteCounts::flush() {
     if (isHalfCounted_)
-        throwDamage();
+        throwBucketDamage();
     if (changeCount_ == 0)
         return;
     isHalfCounted_ = true;
@@ -346,13 +194,14 @@ void SqliteCounts::count(uint8_t order, const Changes &changes) {
 
 // Returns the buckets that changed. The last change is looked up first: what follows the start of its bucket
 // lies in it.
-std::vector<SqliteCounts::Bucket> SqliteCounts::count(uint8_t order, int level, const Changes &changes) {
+std::vector<Bucket> SqliteCounts::count(uint8_t order, int level, const Changes &changes) {
     std::vector<Bucket> changed;
     for (size_t left = changes.size(); left > 0;) {
-        Bucket bucket = bucketAt(order, level, changes[left - 1].place);
-        for (; left > 0 && changes[left - 1].place >= bucket.start; --left)
-            bucket.count += static_cast<uint64_t>(changes[left - 1].difference);
-        setCount(order, level, bucket);
+        Bucket bucket = buckets_.bucketAt(order, level, changes[left - 1].place);
+        do
+            bucket.count += static_cast<uint64_t>(changes[--left].difference);
+        while (left > 0 && changes[left - 1].place >= bucket.start);
+        buckets_.setCount(order, level, bucket);
         changed.push_back(std::move(bucket));
     }
     return changed;
@@ -360,53 +209,59 @@ std::vector<SqliteCounts::Bucket> SqliteCounts::count(uint8_t order, int level, 
 
 // Splits the bucket that a place now lies in until none is too large, or merges it.
 void SqliteCounts::reshape(uint8_t order, const OrderPlace &start) {
-    Bucket bucket = bucketAt(order, 1, start);
+    Bucket bucket = buckets_.bucketAt(order, 1, start);
     if (bucket.count < limitsOfEntries.smallest)
         return mergeWithNeighbour(order, 1, bucket);
     while (bucket.count > limitsOfEntries.largest) {
         split(order, 1, bucket);
-        bucket = bucketAt(order, 1, *nth(order, 1, bucket.start, 1));
+        std::optional<OrderPlace> rest = buckets_.nth(order, 1, bucket.start, 1);
+        if (!rest)
+            throwBucketDamage();
+        bucket = buckets_.bucketAt(order, 1, *rest);
     }
 }
 
 void SqliteCounts::split(uint8_t order, int level, const Bucket &bucket) {
     uint64_t rows = limitsAt(level).split;
-    std::optional<OrderPlace> middle = nth(order, level - 1, bucket.start, rows);
+    std::optional<OrderPlace> middle = buckets_.nth(order, level - 1, bucket.start, rows);
     if (!middle)
-        throwDamage();
-    uint64_t count = countUnder(order, level - 1, bucket.start, rows);
-    setCount(order, level, {bucket.start, count});
-    insertBucket(order, level, {*middle, bucket.count - count});
+        throwBucketDamage();
+    uint64_t count = buckets_.countUnder(order, level - 1, bucket.start, rows);
+    buckets_.setCount(order, level, {bucket.start, count});
+    buckets_.insert(order, level, {*middle, bucket.count - count});
     if (level == heights_[order]) {
         if (isTooWide(order))
             addLevel(order);
         return;
     }
-    Bucket parent = bucketAt(order, level + 1, bucket.start);
+    Bucket parent = buckets_.bucketAt(order, level + 1, bucket.start);
     if (holdMore(order, level + 1, parent, parent, limitsOfBuckets.largest))
         split(order, level + 1, parent);
 }
 
 // Only children of one parent are merged, so that every bucket begins where one of its children does.
 void SqliteCounts::mergeWithNeighbour(uint8_t order, int level, const Bucket &bucket) {
-    std::optional<OrderPlace> next = nth(order, level, bucket.start, 1);
+    std::optional<OrderPlace> next = buckets_.nth(order, level, bucket.start, 1);
     if (next && !isFirstChild(order, level, *next) &&
-        merge(order, level, bucket, bucketAt(order, level, *next)))
+        merge(order, level, bucket, buckets_.bucketAt(order, level, *next)))
         return;
     if (isFirstChild(order, level, bucket.start))
         return;
-    OrderPlace before{bucket.start.key, bucket.start.address - 1};
-    merge(order, level, bucketAt(order, level, before), bucket);
+    OrderPlace before = bucket.start;
+    if (before.address <= 0)
+        throwBucketDamage();
+    --before.address;
+    merge(order, level, buckets_.bucketAt(order, level, before), bucket);
 }
 
 bool SqliteCounts::merge(uint8_t order, int level, const Bucket &left, const Bucket &right) {
     if (holdMore(order, level, left, right, limitsAt(level).merged))
         return false;
-    eraseBucket(order, level, right);
-    setCount(order, level, {left.start, left.count + right.count});
+    buckets_.erase(order, level, right);
+    buckets_.setCount(order, level, {left.start, left.count + right.count});
     if (level == heights_[order])
         return true;
-    Bucket parent = bucketAt(order, level + 1, left.start);
+    Bucket parent = buckets_.bucketAt(order, level + 1, left.start);
     if (!holdMore(order, level + 1, parent, parent, limitsOfBuckets.smallest))
         mergeWithNeighbour(order, level + 1, parent);
     return true;
@@ -415,7 +270,7 @@ bool SqliteCounts::merge(uint8_t order, int level, const Bucket &left, const Buc
 bool SqliteCounts::isFirstChild(uint8_t order, int level, const OrderPlace &start) {
     if (level == heights_[order])
         return start == orderStart;
-    return bucketAt(order, level + 1, start).start == start;
+    return buckets_.bucketAt(order, level + 1, start).start == start;
 }
 
 // Whether one bucket or two neighbours hold more than so many entries or buckets.
@@ -423,8 +278,8 @@ bool SqliteCounts::holdMore(uint8_t order, int level, const Bucket &first, const
                             uint64_t rows) {
     if (level == 1)
         return first.count + (first.start == last.start ? 0 : last.count) > rows;
-    std::optional<OrderPlace> child = nth(order, level - 1, first.start, rows);
-    return child && bucketAt(order, level, *child).start <= last.start;
+    std::optional<OrderPlace> child = buckets_.nth(order, level - 1, first.start, rows);
+    return child && buckets_.bucketAt(order, level, *child).start <= last.start;
 }
 
 // Verification
@@ -439,9 +294,9 @@ bool SqliteCounts::areTrue() {
 }
 
 bool SqliteCounts::entriesAreCovered(uint8_t order, const std::vector<Bucket> &buckets) {
-    uint64_t left = countEntries(order);
+    uint64_t left = buckets_.countEntries(order);
     for (size_t bucket = 0; bucket + 1 < buckets.size(); ++bucket) {
-        uint64_t count = countBetween(order, buckets[bucket].start, buckets[bucket + 1].start);
+        uint64_t count = buckets_.countBetween(order, buckets[bucket].start, buckets[bucket + 1].start);
         if (buckets[bucket].count != count)
             return false;
         left -= count;
@@ -450,28 +305,12 @@ bool SqliteCounts::entriesAreCovered(uint8_t order, const std::vector<Bucket> &b
 }
 
 bool SqliteCounts::isTrue(uint8_t order) {
-    std::vector<Bucket> children = bucketsOf(order, 1);
+    std::vector<Bucket> children = buckets_.bucketsOf(order, 1);
     if (!entriesAreCovered(order, children))
         return false;
     for (int level = 2; level <= heights_[order]; ++level) {
-        std::vector<Bucket> parents = bucketsOf(order, level);
-        auto parent = parents.begin();
-        std::vector<Bucket> expected;
-        for (const Bucket &child : children) {
-            bool beginsParent = parent != parents.end() && parent->start == child.start;
-            if (beginsParent) {
-                expected.push_back({child.start, 0});
-                ++parent;
-            }
-            if (expected.empty())
-                return false;
-            expected.back().count += child.count;
-        }
-        bool areEqual = std::equal(parents.begin(), parents.end(), expected.begin(), expected.end(),
-                                   [](const Bucket &one, const Bucket &other) {
-                                       return one.start == other.start && one.count == other.count;
-                                   });
-        if (!areEqual)
+        std::vector<Bucket> parents = buckets_.bucketsOf(order, level);
+        if (!coverExactly(parents, children))
             return false;
         children = std::move(parents);
     }

@@ -2,22 +2,13 @@
 #define VANTREL_EMBEDDED_STORAGE_SQLITE_COUNTS_H
 
 #include <array>
-#include <compare>
 #include <map>
 #include <optional>
 #include <vector>
 
-#include "embedded/storage/sqlite_database.h"
+#include "embedded/storage/sqlite_buckets.h"
 
 namespace vantrel::embedded {
-
-// Where an entry stands in an order of the file: an index, or the physical order, whose keys are empty.
-struct OrderPlace {
-    Bytes key;
-    int64_t address = 0;
-
-    auto operator<=>(const OrderPlace &) const = default;
-};
 
 // How many entries of an order stand in front of a place, and what stands at a rank. An order is counted by
 // a tree of buckets once it is built: those of level 1 hold runs of entries, those above runs of the buckets
@@ -54,39 +45,14 @@ class SqliteCounts {
     bool areTrue();
 
   private:
-    struct Bucket {
-        OrderPlace start;
-        uint64_t count = 0;
-    };
-    struct EntryStatements {
-        Statement nth, between, total;
-    };
     struct Change {
         OrderPlace place;
         int64_t difference;
     };
     using Changes = std::vector<Change>;
 
-    EntryStatements &entriesOf(uint8_t order);
-    Statement &prepared(Statement &statement, const char *sql);
     void setHeight(uint8_t order, int height);
-
-    // Level 0 stands for the entries.
-    std::optional<OrderPlace> nth(uint8_t order, int level, const OrderPlace &from, uint64_t number);
-    uint64_t countBetween(uint8_t order, const OrderPlace &from, const OrderPlace &to);
-    uint64_t countEntries(uint8_t order);
     uint64_t countAll(uint8_t order);
-    uint64_t countUnder(uint8_t order, int level, const OrderPlace &from, uint64_t rows);
-
-    Statement &bucketsFrom(uint8_t order, int level, const OrderPlace &from);
-    Bucket bucketAt(uint8_t order, int level, const OrderPlace &place);
-    std::vector<Bucket> bucketsOf(uint8_t order, int level);
-    void insertBucket(uint8_t order, int level, const Bucket &bucket);
-    void setCount(uint8_t order, int level, const Bucket &bucket);
-    void eraseBucket(uint8_t order, int level, const Bucket &bucket);
-
-    uint64_t enterBucketOf(uint8_t order, int level, const OrderPlace &place, OrderPlace *start);
-    uint64_t enterBucketOf(uint8_t order, int level, uint64_t rank, OrderPlace *start);
     void change(uint8_t order, ByteView key, int64_t address, int64_t difference);
     void count(uint8_t order, const Changes &changes);
     std::vector<Bucket> count(uint8_t order, int level, const Changes &changes);
@@ -103,13 +69,12 @@ class SqliteCounts {
     bool entriesAreCovered(uint8_t order, const std::vector<Bucket> &buckets);
 
     Database &database_;
+    SqliteBuckets buckets_{database_};
     std::array<uint8_t, 256> heights_{};  // by order, 0 without a tree
     bool isReshaped_ = false;
     std::map<uint8_t, Changes> changes_;  // of the write transaction, not counted yet
     size_t changeCount_ = 0;
     bool isHalfCounted_ = false;  // after a failure
-    std::map<uint8_t, EntryStatements> entries_;
-    Statement nthBucket_, bucketAt_, bucketsFrom_, sum_, insertBucket_, setCount_, eraseBucket_;
 };
 
 }  // namespace vantrel::embedded

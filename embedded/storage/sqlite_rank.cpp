@@ -29,8 +29,8 @@ void SqliteStorage::buildCounts(uint8_t order) {
     }
 }
 
-// Other connections learn with the definition which orders are counted.
-void SqliteStorage::publishCounts() {
+// Before the commit. Other connections learn with the definition which orders are counted.
+void SqliteStorage::finishCounts() {
     counts_.flush();
     if (!counts_.isReshaped())
         return;

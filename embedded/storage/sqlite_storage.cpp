@@ -341,7 +341,7 @@ void SqliteStorage::takeWriteSide(Waiting waiting) {
 }
 
 void SqliteStorage::writeState() {
-    publishCounts();
+    finishCounts();
     resetScans();
     if (state_ == committedState_)
         return;

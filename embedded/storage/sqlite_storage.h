@@ -114,7 +114,7 @@ class SqliteStorage final : public Storage {
     bool hasIndex(uint8_t number) const;
     void beginCounting(uint8_t order);
     void buildCounts(uint8_t order);
-    void publishCounts();
+    void finishCounts();
 
     std::string path_;
     WriteGate *writeGate_;
