@@ -1,0 +1,42 @@
+#include "embedded/commit/child_process.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vantrel::test {
+
+ChildProcess::ChildProcess(const Work &work) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    process_ = fork();
+    if (process_ == 0) {
+        std::string result = work();
+        bool isWritten = write(ends[1], result.data(), result.size()) == static_cast<ssize_t>(result.size());
+        _exit(isWritten && !testing::Test::HasFailure() ? 0 : 1);
+    }
+    close(ends[1]);
+    output_ = ends[0];
+}
+
+ChildProcess::~ChildProcess() {
+    if (output_ >= 0)
+        result();
+}
+
+std::string ChildProcess::result() {
+    std::string result;
+    char buffer[4096];
+    for (ssize_t length; (length = read(output_, buffer, sizeof buffer)) > 0;)
+        result.append(buffer, static_cast<size_t>(length));
+    close(output_);
+    output_ = -1;
+    int status = 0;
+    EXPECT_EQ(waitpid(process_, &status, 0), process_);
+    if (WIFSIGNALED(status))
+        return WTERMSIG(status) == SIGKILL ? "killed" : "signal " + std::to_string(WTERMSIG(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "in a child process";
+    return result;
+}
+
+}  // namespace vantrel::test

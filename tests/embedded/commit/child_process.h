@@ -1,0 +1,31 @@
+#ifndef VANTREL_TESTS_EMBEDDED_COMMIT_CHILD_PROCESS_H
+#define VANTREL_TESTS_EMBEDDED_COMMIT_CHILD_PROCESS_H
+
+#include <functional>
+#include <string>
+
+namespace vantrel::test {
+
+// Runs work in a process of its own. A failed expectation in it is one of the test.
+class ChildProcess {
+  public:
+    using Work = std::function<std::string()>;
+
+    explicit ChildProcess(const Work &work);
+    ~ChildProcess();
+    ChildProcess(const ChildProcess &) = delete;
+    ChildProcess &operator=(const ChildProcess &) = delete;
+
+    // What the work returned, or "killed".
+    std::string result();
+
+    static std::string run(const Work &work) { return ChildProcess(work).result(); }
+
+  private:
+    int process_ = -1;
+    int output_ = -1;
+};
+
+}  // namespace vantrel::test
+
+#endif

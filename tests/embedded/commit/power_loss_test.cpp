@@ -1,0 +1,156 @@
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <map>
+
+#include "embedded/commit/crash_fixture.h"
+
+namespace {
+
+using namespace vantrel::test;
+
+std::string bytesOf(int descriptor) {
+    struct stat status = {};
+    EXPECT_EQ(fstat(descriptor, &status), 0);
+    std::string bytes(static_cast<size_t>(status.st_size), '\0');
+    EXPECT_EQ(pread(descriptor, bytes.data(), bytes.size(), 0), status.st_size);
+    return bytes;
+}
+
+// What a disk holds of a directory if nothing that was not synced reaches it: of each file the bytes of its
+// last sync, and the names of the directory's last sync.
+class DurableImage {
+  public:
+    explicit DurableImage(std::string directory) : directory_(std::move(directory)) {
+        takeNames();
+        for (const auto &[name, inode] : names_) {
+            std::ifstream file(directory_ + '/' + name, std::ios::binary);
+            contents_[inode].assign(std::istreambuf_iterator<char>(file), {});
+        }
+    }
+
+    void sync(int descriptor) {
+        struct stat status = {};
+        EXPECT_EQ(fstat(descriptor, &status), 0);
+        if (S_ISDIR(status.st_mode))
+            takeNames();
+        else
+            contents_[status.st_ino] = bytesOf(descriptor);
+    }
+
+    void writeTo(const std::string &target) {
+        for (const auto &[name, inode] : names_)
+            std::ofstream(target + '/' + name, std::ios::binary) << contents_[inode];
+    }
+
+  private:
+    void takeNames() {
+        names_.clear();
+        for (const auto &entry : std::filesystem::directory_iterator(directory_)) {
+            struct stat status = {};
+            EXPECT_EQ(stat(entry.path().c_str(), &status), 0);
+            names_[entry.path().filename().string()] = status.st_ino;
+        }
+    }
+
+    std::string directory_;
+    std::map<std::string, ino_t> names_;
+    std::map<ino_t, std::string> contents_;
+};
+
+class PowerLossTest : public CrashTest {
+  protected:
+    // Runs a transaction over all files, and loses power before the n-th step of its end, or behind it.
+    std::string endAndLosePower(size_t step) {
+        copyFiles(untouched.path(), directory.path());
+        std::filesystem::remove_all(left);
+        std::filesystem::create_directory(left);
+        return ChildProcess::run([&]() -> std::string {
+            DurableImage image(directory.path());
+            ThreeFiles files(directory, 1);
+            StepCount count;
+            bool isEnding = false;
+            SystemCallWatch watch(directory.path(), [&](const SystemCall &system) {
+                if (isEnding && count.stepOf(system) == step) {
+                    image.writeTo(left);
+                    return Fate::kills;
+                }
+                // The bytes that are there before the call are those it makes durable.
+                if (system.name == "fsync")
+                    image.sync(system.descriptor);
+                return Fate::happens;
+            });
+            EXPECT_EQ(files.open(), 0);
+            EXPECT_EQ(files.begin(), 0);
+            files.change();
+            isEnding = true;
+            int32_t status = files.end();
+            isEnding = false;
+            image.writeTo(left);
+            return std::to_string(status);
+        });
+    }
+
+    TemporaryDirectory images;
+    std::string left = images / "left";
+};
+
+TEST_F(PowerLossTest, AllOrNoneAndAllOfWhatEnded) {
+    bool wasBefore = false, wasAfter = false;
+    std::string status = "killed";
+    for (size_t step = 1; status == "killed"; ++step) {
+        status = endAndLosePower(step);
+        std::string common;
+        for (const ThreeFiles::Order &order : ThreeFiles::orders()) {
+            copyFiles(left, directory.path());
+            std::string found = contentsAfterwards(directory, order);
+            EXPECT_TRUE(common.empty() || common == found) << step << ": " << common << "or " << found;
+            common = found;
+        }
+        EXPECT_TRUE(common == ThreeFiles::before || common == ThreeFiles::after) << step << ": " << common;
+        EXPECT_TRUE(status == "killed" || common == ThreeFiles::after);
+        wasBefore |= common == ThreeFiles::before;
+        wasAfter |= common == ThreeFiles::after;
+    }
+    EXPECT_EQ(status, "0");
+    EXPECT_TRUE(wasBefore && wasAfter);
+}
+
+// Creating, renaming and deleting are durable when they return.
+TEST_F(PowerLossTest, WhatHappenedToAFileAsAWhole) {
+    EXPECT_EQ(
+        ChildProcess::run([&]() -> std::string {
+            DurableImage image(directory.path());
+            SystemCallWatch watch(directory.path(), [&](const SystemCall &call) {
+                if (call.name == "fsync")
+                    image.sync(call.descriptor);
+                return Fate::happens;
+            });
+            EngineSession session(1);
+            EXPECT_EQ(session.create(directory / "new", createRequest(2, 0, {{{0, 1}}})), 0);
+            EXPECT_EQ(
+                session.call(14, nullptr, (directory / "first") + '\0', (directory / "moved") + '\0', -127)
+                    .status,
+                0);
+            EXPECT_EQ(session.call(14, nullptr, "", (directory / "third") + '\0', -128).status, 0);
+            std::filesystem::create_directory(left);
+            image.writeTo(left);
+            return "done";
+        }),
+        "done");
+    copyFiles(left, directory.path());
+    EXPECT_EQ(ChildProcess::run([&]() -> std::string {
+                  std::string statuses;
+                  for (const char *name : {"new", "moved", "second", "first", "third"}) {
+                      EngineSession session(1);
+                      EngineSession::PositionBlock block{};
+                      statuses += std::to_string(session.open(&block, directory / name, -3)) + ' ';
+                  }
+                  return statuses;
+              }),
+              "0 0 0 12 12 ");
+}
+
+}  // namespace
