@@ -117,10 +117,14 @@ std::optional<Database> openCoordinator(const CommitReference &reference) {
 // place for good.
 Outcome refuse(Database &coordinator, const CommitReference &reference, ByteView participant) {
     try {
+        RedoTables redo(coordinator);
+        if (redo.refused() == reference.commit) {
+            coordinator.syncLog();
+            return Outcome::settled;
+        }
         WriteSide side(coordinator);
         if (!side.isTaken())
             return Outcome::undecided;
-        RedoTables redo(coordinator);
         if (redo.keeps(reference.commit, participant))
             return Outcome::busy;
         redo.setRefused(reference.commit);

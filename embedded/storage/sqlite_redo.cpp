@@ -166,6 +166,10 @@ void RedoTables::setApplied(ByteView commit) {
     change("UPDATE commit_state SET applied = ?1 WHERE id = 1", commit);
 }
 
+Bytes RedoTables::refused() {
+    return value("SELECT refused FROM commit_state WHERE id = 1");
+}
+
 void RedoTables::setRefused(ByteView commit) {
     change("UPDATE commit_state SET refused = ?1 WHERE id = 1", commit);
 }

@@ -43,7 +43,9 @@ class RedoTables {
     // The last commit that others decided about.
     Bytes applied();
     void setApplied(ByteView commit);
-    // A write transaction that ends with this takes the place of whatever a failed one left in the log.
+    // The last commit that was decided against here. A write transaction with this takes the place of
+    // whatever a failed one left in the log.
+    Bytes refused();
     void setRefused(ByteView commit);
 
     struct Participant {

@@ -487,16 +487,15 @@ void SqliteStorage::sync() {
     unsynced_ = false;
 }
 
+// What fails is told to those who open the file that it is about.
 void SqliteStorage::settle() {
-    // The next snapshot begins with the file's part of a commit.
-    if (CommitPointer::isBeside(path_))
-        releaseSnapshot();
-    if (!keepsRedo_)
-        return;
     try {
-        keepsRedo_ = !settleParticipants(path_);
+        if (CommitPointer::isBeside(path_)) {
+            releaseSnapshot();
+            settleForReading(path_);
+        }
+        keepsRedo_ = keepsRedo_ && !settleParticipants(path_);
     } catch (const StatusError &) {
-        // Who opens the other file is told what is wrong with it.
     }
 }
 

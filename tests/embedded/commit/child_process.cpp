@@ -4,6 +4,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
+
 namespace vantrel::test {
 
 ChildProcess::ChildProcess(const Work &work) {
@@ -22,6 +24,10 @@ ChildProcess::ChildProcess(const Work &work) {
 ChildProcess::~ChildProcess() {
     if (output_ >= 0)
         result();
+}
+
+void ChildProcess::kill() {
+    EXPECT_EQ(::kill(process_, SIGKILL), 0);
 }
 
 std::string ChildProcess::result() {

@@ -16,6 +16,7 @@ class ChildProcess {
     ChildProcess(const ChildProcess &) = delete;
     ChildProcess &operator=(const ChildProcess &) = delete;
 
+    void kill();
     // What the work returned, or "killed".
     std::string result();
 

@@ -63,7 +63,6 @@ void ThreeFiles::find(size_t file, const char *key) {
 }
 
 void ThreeFiles::change(const Order &order) {
-    static const std::string added(1000, 'y');
     for (size_t file : order) {
         find(file, "a");
         EXPECT_EQ(session.call(3, &blocks[file], "a2", "", -1).status, 0);
@@ -71,10 +70,13 @@ void ThreeFiles::change(const Order &order) {
         EXPECT_EQ(session.call(4, &blocks[file]).status, 0);
         EXPECT_EQ(session.call(2, &blocks[file], "c2", "", -1).status, 0);
         find(file, "d");
-        auto length = static_cast<uint32_t>(added.size());
-        EXPECT_EQ(
-            session.call(53, &blocks[file], descriptor(appendChunk, added.data(), length), "", -1).status, 0);
+        EXPECT_EQ(append(&blocks[file], std::string(1000, 'y')), 0);
     }
+}
+
+int32_t ThreeFiles::append(EngineSession::PositionBlock *block, const std::string &bytes) {
+    auto length = static_cast<uint32_t>(bytes.size());
+    return session.call(53, block, descriptor(appendChunk, bytes.data(), length), "", -1).status;
 }
 
 uint32_t ThreeFiles::lengthOf(size_t file, uint64_t address) {

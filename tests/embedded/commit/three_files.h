@@ -28,6 +28,8 @@ class ThreeFiles {
     int32_t begin(uint32_t code = 1019) { return session.call(code, nullptr).status; }
     // Updates, deletes, inserts and lengthens records, from `before` to `after`.
     void change(const Order &order = {0, 1, 2});
+    // To the current record.
+    int32_t append(EngineSession::PositionBlock *block, const std::string &bytes);
     int32_t end() { return session.call(20, nullptr).status; }
 
     // What a file holds, in the order of its index; or the status that the first read gave.
