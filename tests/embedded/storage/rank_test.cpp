@@ -9,6 +9,13 @@ namespace {
 
 using namespace vantrel::embedded;
 
+// For a file that nobody else has open.
+class OpenGate final : public WriteGate {
+  public:
+    void enter(Waiting, const std::function<bool()> &begin) override { ASSERT_TRUE(begin()); }
+    void leave() override {}
+};
+
 // The physical order of a file of records 1 to 300.
 class RankTest : public testing::Test {
   protected:
@@ -16,7 +23,7 @@ class RankTest : public testing::Test {
         FileDefinition definition;
         definition.recordLength = 6;
         createStorage(path, definition);
-        std::unique_ptr<Storage> storage = openStorage(path, {});
+        std::unique_ptr<Storage> storage = openForWriting();
         storage->begin(Waiting::yes);
         for (int64_t address = 1; address <= 300; ++address)
             storage->insertRecord({address, 1, 2, "record", 6});
@@ -25,6 +32,11 @@ class RankTest : public testing::Test {
     }
     ~RankTest() override { removeStorage(path); }
 
+    std::unique_ptr<Storage> openForWriting() {
+        StorageOptions options;
+        options.writeGate = &gate;
+        return openStorage(path, options);
+    }
     static void expectTrueRanks(Storage &storage) {
         for (uint64_t rank = 0; rank < 300; ++rank) {
             StoredEntry found;
@@ -39,6 +51,7 @@ class RankTest : public testing::Test {
         EXPECT_FALSE(storage.rankOf(physicalOrder, {}, 301).has_value());
     }
 
+    OpenGate gate;
     std::string path = testing::TempDir() + "rank_" + std::to_string(getpid());
 };
 
@@ -51,7 +64,7 @@ TEST_F(RankTest, AReadOnlyFileIsCountedEntryByEntry) {
 }
 
 TEST_F(RankTest, TheFirstRequestIsCommitted) {
-    std::unique_ptr<Storage> storage = openStorage(path, {});
+    std::unique_ptr<Storage> storage = openForWriting();
     EXPECT_FALSE(storage->hasUnsyncedCommits());
     expectTrueRanks(*storage);
     EXPECT_TRUE(storage->hasUnsyncedCommits());
@@ -66,7 +79,7 @@ TEST_F(RankTest, AReadOnlyConnectionUsesWhatOthersBuilt) {
     options.readOnly = true;
     std::unique_ptr<Storage> reader = openStorage(path, options);
     expectTrueRanks(*reader);
-    std::unique_ptr<Storage> writer = openStorage(path, {});
+    std::unique_ptr<Storage> writer = openForWriting();
     expectTrueRanks(*writer);
     writer->begin(Waiting::yes);
     writer->deleteRecord(1);
@@ -90,7 +103,7 @@ TEST_F(RankTest, ARollbackTakesBackWhatGrew) {
 }
 
 TEST_F(RankTest, AMissingIndexIsRefused) {
-    std::unique_ptr<Storage> storage = openStorage(path, {});
+    std::unique_ptr<Storage> storage = openForWriting();
     try {
         storage->rankOf(5, "key", 1);
         FAIL();
