@@ -49,10 +49,12 @@ std::string requestOf(size_t kind) {
     }
 }
 
+// Digits and signs of all kinds of decimals.
 std::string recordOf(size_t number) {
+    constexpr char signs[] = "0123456789<=+-{}pqy\x0C";
     std::string record = littleEndian(number, 4);
     for (size_t byte = 4; byte < 32; ++byte)
-        record.push_back(static_cast<char>('a' + (number * byte) % 7));
+        record.push_back(signs[number * byte % (sizeof signs - 1)]);
     return record;
 }
 

@@ -37,12 +37,16 @@ class Buffer {
 
 class Run {
   public:
-    explicit Run(Input &input) : input_(input), twoSessions_(input.number<uint8_t>() % 2 != 0) {
+    explicit Run(Input &input) : input_(input) {
+        uint8_t choice = input.number<uint8_t>();
+        twoSessions_ = choice % 2 != 0;
         for (size_t number = 0; number < sessionCount; ++number)
             sessions_[number].block[12] = static_cast<uint8_t>(number + 1);
-        open(0, 0);
-        if (twoSessions_)
-            open(1, 0);
+        bool beginsOpen = choice % 8 < 6;
+        for (size_t session = 0; beginsOpen && session <= (twoSessions_ ? 1 : 0); ++session) {
+            for (size_t position = 0; position < positionsPerSession; ++position)
+                open(session, position);
+        }
     }
     ~Run() {
         for (Session &session : sessions_)
@@ -88,7 +92,7 @@ class Run {
     void follow(uint32_t operation, int32_t status, const Session &session);
 
     Input &input_;
-    bool twoSessions_;
+    bool twoSessions_ = false;
     Session sessions_[sessionCount];
     const Session *inTransaction_ = nullptr;
 };
@@ -135,7 +139,7 @@ uint32_t Run::chooseLength(size_t size) {
         case 2:
             return static_cast<uint32_t>(size) + input_.number<uint16_t>();
         case 3:
-            return 65535;
+            return 65535 + input_.number<uint8_t>() * 32u;
         default:
             return static_cast<uint32_t>(size);
     }
@@ -157,9 +161,11 @@ std::string Run::chooseName() {
 }
 
 std::string Run::chooseKey(uint32_t operation) {
-    constexpr uint32_t setOwner = 29, setLongOwner = 17029;
+    constexpr uint32_t setOwner = 29, setLongOwner = 17029, login = 78;
     if (operation == setOwner || operation == setLongOwner)
         return std::string("owner\0", 6);
+    if (operation == login && input_.number<uint8_t>() % 2 == 0)
+        return std::string("vantrel://user@/base?option=value", 34);
     std::string key(input_.number<uint8_t>() % 64, '\0');
     input_.take(key.data(), key.size());
     return key;
@@ -224,7 +230,7 @@ void Run::perform() {
     uint32_t plain = operation < 1000 && operation % 100 < 54 ? operation % 100 : operation;
     std::string request = makeRequest(plain, keyNumber, input_);
     mutate(&request);
-    bool takesName = operation == 0 || operation == 14 || operation == 17 || operation == 78;
+    bool takesName = operation == 0 || operation == 14 || operation == 17;
     std::string keyBytes = takesName ? chooseName() : chooseKey(operation);
     if (operation == 14 && request.size() > reservedPages + 1) {
         // Space is not what is tested.

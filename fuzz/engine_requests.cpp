@@ -20,6 +20,23 @@ std::string record(Input &input) {
     return start;
 }
 
+// Most fields are segments of the files' indexes, or as long as their type wants.
+struct Place {
+    uint16_t type, length, offset;
+};
+
+Place field(Input &input) {
+    constexpr Place places[] = {{14, 4, 0},  {11, 8, 4},      {1, 4, 12},    {0, 4, 16},       {15, 4, 0},
+                                {2, 8, 4},   {2, 4, 8},       {5, 4, 12},    {10, 8, 16},      {32, 8, 24},
+                                {6, 5, 4},   {8, 6, 3},       {9, 8, 2},     {9, 4, 1},        {17, 5, 7},
+                                {18, 3, 9},  {19, 8, 8},      {28, 4, 20},   {29, 6, 5},       {31, 7, 6},
+                                {25, 8, 10}, {0, 200, 65500}, {0, 9, 65535}, {21, 5000, 65000}};
+    if (input.number<uint8_t>() % 4 != 0)
+        return input.choose(places);
+    return {input.choose(places).type, static_cast<uint16_t>(input.number<uint8_t>() % 20),
+            static_cast<uint16_t>(input.number<uint8_t>() % 40)};
+}
+
 std::string segmentBytes(const Segment &segment) {
     return littleEndian(segment.offset + 1u, 2) + littleEndian(segment.length, 2) +
            littleEndian(segment.flags, 2) + std::string(10, '\0') + littleEndian(segment.type, 2) +
@@ -37,7 +54,8 @@ std::vector<Segment> segments(Input &input, uint16_t *indexCount) {
     for (Segment &segment : result) {
         segment = {static_cast<uint16_t>(input.number<uint8_t>() % 32), input.choose(lengths),
                    input.choose(flags), input.choose(types), input.number<uint8_t>()};
-        *indexCount += (segment.flags & keyContinues) == 0;
+        if ((segment.flags & keyContinues) == 0)
+            ++*indexCount;
     }
     return result;
 }
@@ -61,7 +79,9 @@ std::string chunkDescriptor(Input &input) {
     constexpr uint32_t subFunctions[] = {0x80000001, 0x80000009, 0x80000010, 0xA0000001, 0x80000004,
                                          0xC0000001, 0xC0000009, 0xC0000010, 0xC0000004, 0x80000000};
     uint32_t subFunction = input.choose(subFunctions);
-    uint32_t offset = input.number<uint32_t>() % 300000;
+    // Around the places where records are taken apart for storage, or anywhere.
+    constexpr uint32_t starts[] = {0, 32, 65530, 65535, 70000, 98300, 131000, 200000};
+    uint32_t offset = input.choose(starts) + input.number<uint8_t>() % 64;
     if ((subFunction & 0xFF) == 4)
         return littleEndian(subFunction, 4) + littleEndian(offset, 4);
     return littleEndian(subFunction, 4) + littleEndian(1, 4) + littleEndian(offset, 4) +
@@ -90,17 +110,17 @@ std::string blockBehind(uint8_t comparison, Input &input) {
 }
 
 std::string terms(Input &input, size_t count) {
-    constexpr uint8_t types[] = {0, 1, 2, 5, 6, 8, 9, 10, 11, 14, 15, 17, 19, 20, 21, 25, 26, 28};
-    constexpr uint8_t comparisons[] = {1, 2, 3, 4, 5, 6, 7, 0x47, 0x41, 0x87, 0x82, 0x0F, 0x09, 0x21, 0x4A};
+    constexpr uint8_t comparisons[] = {1, 2, 3,    4,    5,    6,    1,    2,    3,    4,   5,
+                                       6, 7, 0x47, 0x41, 0x87, 0x82, 0x0F, 0x09, 0x21, 0x4A};
     std::string bytes;
     for (size_t term = 0; term < count; ++term) {
         uint8_t comparison = input.choose(comparisons);
-        auto length = static_cast<uint16_t>(1 + input.number<uint8_t>() % 16);
-        bytes += static_cast<char>(input.choose(types));
-        bytes += littleEndian(length, 2) + littleEndian(input.number<uint8_t>() % 40, 2);
+        Place place = field(input);
+        bytes += static_cast<char>(place.type);
+        bytes += littleEndian(place.length, 2) + littleEndian(place.offset, 2);
         bytes += static_cast<char>(comparison);
         bytes += static_cast<char>(term + 1 == count ? 0 : 1 + input.number<uint8_t>() % 2);
-        bytes += comparand(comparison, length, input) + blockBehind(comparison, input);
+        bytes += comparand(comparison, place.length, input) + blockBehind(comparison, input);
     }
     return bytes;
 }
@@ -112,16 +132,15 @@ std::string entry(size_t length, size_t offset) {
 std::string extractorEntry(Input &input) {
     constexpr uint16_t functions[] = {'M' | 'I' << 8, 'M' | 'A' << 8, 'A' | 'V' << 8, 'C' | 'E' << 8,
                                       'F' | 'L' << 8, 'R' | 'O' << 8, 'T' | 'R' << 8};
-    constexpr uint8_t types[] = {0, 1, 2, 5, 6, 8, 9, 14, 17, 18, 19, 28, 29, 31};
-    std::string field = entry(input.number<uint8_t>() % 20, input.number<uint8_t>() % 40);
-    size_t kind = input.number<uint8_t>() % 12;
+    Place place = field(input);
+    std::string bytes = entry(place.length, place.offset);
+    size_t kind = input.number<uint8_t>() % 20;
     if (kind == 7)
         return entry(0xFF08, 0xFFFE);
     if (kind > 7)
-        return field;
+        return bytes;
     uint16_t function = functions[kind % 7];
-    std::string item =
-        entry(0xFF00, kind < 2 ? 0xFFF9 : 0xFFFA) + entry(input.choose(types), function) + field;
+    std::string item = entry(0xFF00, kind < 2 ? 0xFFF9 : 0xFFFA) + entry(place.type, function) + bytes;
     return kind >= 5 ? item + entry(0, input.number<uint8_t>() - 128u) : item;
 }
 

@@ -10,6 +10,8 @@ namespace {
 
 using namespace vantrel::test;
 
+constexpr int64_t mebibyte = 1 << 20, pageCache = 64 * mebibyte;
+
 // A text without end, of which a record holds parts; no two parts of it look alike.
 std::string textFrom(uint64_t start, uint64_t length) {
     std::string text(length, '\0');
@@ -143,7 +145,6 @@ class LongRecordTest : public ChunkFixture {
 
 TEST_F(LongRecordTest, ChunksOf300MegabytesEqualAModelAndTakeNoMemory) {
     constexpr uint32_t pieceLength = 262144, pieceCount = 1200, changeCount = 600;
-    constexpr int64_t pageCache = 64 << 20, mebibyte = 1 << 20;
     RandomSource random;
     open();
     ASSERT_EQ(session.call(1019, nullptr).status, 0);
