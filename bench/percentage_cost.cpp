@@ -68,7 +68,8 @@ class Measurement {
         constexpr const char *names[] = {"physical order", "index, unique keys", "index, duplicates"};
         uint32_t part = count / 10;
         insert(count - part);
-        report("insert, nothing counted", "", part, [&] { insert(part); });
+        report("insert, nothing counted", "in transactions", part, [&] { insert(part); });
+        report("insert, nothing counted", "alone", requestCount, [&] { insertAlone(requestCount); });
         for (size_t order = 0; order < std::size(orders); ++order) {
             report("first request", names[order], 1, [&] { read(orders[order], 1); });
             report("record at a percentage", names[order], requestCount,
@@ -76,12 +77,15 @@ class Measurement {
             report("the same, then its percentage", names[order], requestCount,
                    [&] { readAndTell(orders[order], requestCount); });
         }
-        report("insert, three orders counted", "", part, [&] { insert(part); });
+        report("insert, three orders counted", "in transactions", part, [&] { insert(part); });
+        report("insert, three orders counted", "alone", requestCount, [&] { insertAlone(requestCount); });
     }
 
   private:
     void open(const std::string &path);
     void insert(uint32_t count);
+    void insertAlone(uint32_t count);
+    void insertRecord();
     void read(VantrelIndex index, uint32_t count);
     void readAndTell(VantrelIndex index, uint32_t count);
     static void report(const char *what, const char *order, uint32_t count,
@@ -120,11 +124,20 @@ void Measurement::insert(uint32_t count) {
             require(VantrelClientTransactionBegin(client_, VANTREL_TRANSACTION_MODE_CONCURRENT,
                                                   VANTREL_LOCK_MODE_NONE) == 0,
                     "begin");
-        Record record{random_(), static_cast<uint32_t>(random_() % groupCount), "text"};
-        require(VantrelFileRecordCreate(file_, &record, sizeof record) == 0, "insert");
+        insertRecord();
         if (inserted % transactionSize == transactionSize - 1 || inserted + 1 == count)
             require(VantrelClientTransactionEnd(client_) == 0, "end");
     }
+}
+
+void Measurement::insertAlone(uint32_t count) {
+    while (count-- > 0)
+        insertRecord();
+}
+
+void Measurement::insertRecord() {
+    Record record{random_(), static_cast<uint32_t>(random_() % groupCount), "text"};
+    require(VantrelFileRecordCreate(file_, &record, sizeof record) == 0, "insert");
 }
 
 void Measurement::read(VantrelIndex index, uint32_t count) {

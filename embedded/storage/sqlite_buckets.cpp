@@ -35,7 +35,7 @@ void SqliteBuckets::createTable() {
     database_.execute(
         "CREATE TABLE IF NOT EXISTS bucket(number INTEGER NOT NULL, level INTEGER NOT NULL, "
         "key BLOB NOT NULL, address INTEGER NOT NULL, count INTEGER NOT NULL, "
-        "PRIMARY KEY(number, level, key, address)) WITHOUT ROWID");
+        "PRIMARY KEY(level, number, key, address)) WITHOUT ROWID");
 }
 
 Statement &SqliteBuckets::prepared(Statement &statement, const char *sql) {

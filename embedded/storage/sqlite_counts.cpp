@@ -9,21 +9,6 @@ namespace vantrel::embedded {
 
 namespace {
 
-// How many rows of the level below a bucket covers.
-struct Limits {
-    uint64_t largest;
-    uint64_t built;
-    uint64_t split;  // the left one of the two that a split makes
-    uint64_t merged;
-    uint64_t smallest;
-};
-constexpr Limits limitsOfEntries{128, 96, 64, 64, 32};
-constexpr Limits limitsOfBuckets{48, 36, 24, 24, 12};
-
-const Limits &limitsAt(int level) {
-    return level == 1 ? limitsOfEntries : limitsOfBuckets;
-}
-
 constexpr size_t mostChanges = 10000;
 constexpr int greatestHeight = 12;
 
@@ -122,7 +107,7 @@ void SqliteCounts::build(uint8_t order) {
 
 // Whether the uppermost level has too many buckets.
 bool SqliteCounts::isTooWide(uint8_t order) {
-    return buckets_.nth(order, heights_[order], orderStart, limitsOfBuckets.largest).has_value();
+    return buckets_.nth(order, heights_[order], orderStart, limitsOfBuckets_.largest).has_value();
 }
 
 void SqliteCounts::addLevel(uint8_t order) {
@@ -187,7 +172,7 @@ void SqliteCounts::count(uint8_t order, const Changes &changes) {
     for (int level = heights_[order]; level > 1; --level)
         count(order, level, changes);
     for (const Bucket &bucket : count(order, 1, changes)) {
-        if (bucket.count > limitsOfEntries.largest || bucket.count < limitsOfEntries.smallest)
+        if (bucket.count > limitsOfEntries_.largest || bucket.count <= limitsOfEntries_.smallest)
             reshape(order, bucket.start);
     }
 }
@@ -207,12 +192,11 @@ std::vector<Bucket> SqliteCounts::count(uint8_t order, int level, const Changes 
     return changed;
 }
 
-// Splits the bucket that a place now lies in until none is too large, or merges it.
+// Merges the bucket that a place now lies in if it is small, or splits it until none is too large.
 void SqliteCounts::reshape(uint8_t order, const OrderPlace &start) {
+    mergeSmall(order, 1, start);
     Bucket bucket = buckets_.bucketAt(order, 1, start);
-    if (bucket.count < limitsOfEntries.smallest)
-        return mergeWithNeighbour(order, 1, bucket);
-    while (bucket.count > limitsOfEntries.largest) {
+    while (bucket.count > limitsOfEntries_.largest) {
         split(order, 1, bucket);
         std::optional<OrderPlace> rest = buckets_.nth(order, 1, bucket.start, 1);
         if (!rest)
@@ -235,35 +219,45 @@ void SqliteCounts::split(uint8_t order, int level, const Bucket &bucket) {
         return;
     }
     Bucket parent = buckets_.bucketAt(order, level + 1, bucket.start);
-    if (holdMore(order, level + 1, parent, parent, limitsOfBuckets.largest))
+    if (holdMore(order, level + 1, parent, parent, limitsOfBuckets_.largest))
         split(order, level + 1, parent);
 }
 
+// Merges the bucket that a place lies in with its neighbours for as long as it is small.
+void SqliteCounts::mergeSmall(uint8_t order, int level, const OrderPlace &place) {
+    bool goesOn = true;
+    while (goesOn) {
+        Bucket bucket = buckets_.bucketAt(order, level, place);
+        bool isSmall = !holdMore(order, level, bucket, bucket, limitsAt(level).smallest);
+        goesOn = isSmall && mergeWithNeighbour(order, level, bucket);
+    }
+}
+
 // Only children of one parent are merged, so that every bucket begins where one of its children does.
-void SqliteCounts::mergeWithNeighbour(uint8_t order, int level, const Bucket &bucket) {
+bool SqliteCounts::mergeWithNeighbour(uint8_t order, int level, const Bucket &bucket) {
     std::optional<OrderPlace> next = buckets_.nth(order, level, bucket.start, 1);
     if (next && !isFirstChild(order, level, *next) &&
         merge(order, level, bucket, buckets_.bucketAt(order, level, *next)))
-        return;
+        return true;
     if (isFirstChild(order, level, bucket.start))
-        return;
+        return false;
     OrderPlace before = bucket.start;
     if (before.address <= 0)
         throwBucketDamage();
     --before.address;
-    merge(order, level, buckets_.bucketAt(order, level, before), bucket);
+    return merge(order, level, buckets_.bucketAt(order, level, before), bucket);
 }
 
+// Children that now meet, and the parent that lost one, may be merged in turn.
 bool SqliteCounts::merge(uint8_t order, int level, const Bucket &left, const Bucket &right) {
     if (holdMore(order, level, left, right, limitsAt(level).merged))
         return false;
     buckets_.erase(order, level, right);
     buckets_.setCount(order, level, {left.start, left.count + right.count});
-    if (level == heights_[order])
-        return true;
-    Bucket parent = buckets_.bucketAt(order, level + 1, left.start);
-    if (!holdMore(order, level + 1, parent, parent, limitsOfBuckets.smallest))
-        mergeWithNeighbour(order, level + 1, parent);
+    if (level > 1)
+        mergeSmall(order, level - 1, right.start);
+    if (level < heights_[order])
+        mergeSmall(order, level + 1, left.start);
     return true;
 }
 

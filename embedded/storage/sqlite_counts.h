@@ -10,13 +10,24 @@
 
 namespace vantrel::embedded {
 
+// How many rows of the level below a bucket covers.
+struct BucketLimits {
+    uint64_t largest;
+    uint64_t built;
+    uint64_t split;  // the left one of the two that a split makes
+    uint64_t merged;
+    uint64_t smallest;
+};
+
 // How many entries of an order stand in front of a place, and what stands at a rank. An order is counted by
 // a tree of buckets once it is built: those of level 1 hold runs of entries, those above runs of the buckets
 // below, each with the place where it begins and the number of entries it covers. An order without a tree is
 // counted entry by entry.
 class SqliteCounts {
   public:
-    explicit SqliteCounts(Database &database) : database_(database) {}
+    explicit SqliteCounts(Database &database, BucketLimits entries = {256, 192, 128, 128, 64},
+                          BucketLimits buckets = {128, 96, 64, 64, 32})
+        : database_(database), limitsOfEntries_(entries), limitsOfBuckets_(buckets) {}
 
     // Learns which orders have trees, as of the snapshot or write transaction that has begun.
     void load();
@@ -51,6 +62,7 @@ class SqliteCounts {
     };
     using Changes = std::vector<Change>;
 
+    const BucketLimits &limitsAt(int level) const { return level == 1 ? limitsOfEntries_ : limitsOfBuckets_; }
     void setHeight(uint8_t order, int height);
     uint64_t countAll(uint8_t order);
     void change(uint8_t order, ByteView key, int64_t address, int64_t difference);
@@ -61,7 +73,8 @@ class SqliteCounts {
     bool isTooWide(uint8_t order);
     void addLevel(uint8_t order);
     void split(uint8_t order, int level, const Bucket &bucket);
-    void mergeWithNeighbour(uint8_t order, int level, const Bucket &bucket);
+    void mergeSmall(uint8_t order, int level, const OrderPlace &place);
+    bool mergeWithNeighbour(uint8_t order, int level, const Bucket &bucket);
     bool merge(uint8_t order, int level, const Bucket &left, const Bucket &right);
     bool isFirstChild(uint8_t order, int level, const OrderPlace &start);
     bool holdMore(uint8_t order, int level, const Bucket &first, const Bucket &last, uint64_t rows);
@@ -70,6 +83,7 @@ class SqliteCounts {
 
     Database &database_;
     SqliteBuckets buckets_{database_};
+    BucketLimits limitsOfEntries_, limitsOfBuckets_;
     std::array<uint8_t, 256> heights_{};  // by order, 0 without a tree
     bool isReshaped_ = false;
     std::map<uint8_t, Changes> changes_;  // of the write transaction, not counted yet
