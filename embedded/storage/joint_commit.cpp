@@ -24,12 +24,36 @@ void takeBack(SqliteStorage &file) noexcept {
     }
 }
 
+// A commit whose sync failed may still stand in the log, whole, where a recovery would find it. Another one
+// takes its place.
+bool refuse(SqliteStorage &file, ByteView commit) noexcept {
+    try {
+        file.begin(Waiting::no, TransactionPart::first);
+        RedoTables(file.database()).setRefused(commit);
+        file.commit(Durability::synced);
+        return true;
+    } catch (...) {
+        takeBack(file);
+        return false;
+    }
+}
+
+void commitAlone(SqliteStorage &file) {
+    Bytes commit = RedoTables::newCommit();
+    try {
+        file.commit(Durability::synced);
+    } catch (...) {
+        refuse(file, commit);
+        throw;
+    }
+}
+
 }  // namespace
 
 JointCommit::JointCommit(std::vector<SqliteStorage *> files)
     : coordinator_(*files.front()),
       others_(files.begin() + 1, files.end()),
-      commit_(RedoTables(coordinator_.database()).newCommit()) {}
+      commit_(RedoTables::newCommit()) {}
 
 void JointCommit::run() {
     try {
@@ -65,26 +89,14 @@ void JointCommit::keepChanges() {
     }
 }
 
-// A commit that failed may still stand in the log, whole: while it does, the pointers are needed.
+// While a failed commit stands in the log, the pointers are needed.
 void JointCommit::decide() {
     try {
         coordinator_.commit(Durability::synced);
     } catch (...) {
-        if (!coordinator_.isWriting() && refuse())
+        if (refuse(coordinator_, commit_))
             removePointers();
         throw;
-    }
-}
-
-bool JointCommit::refuse() {
-    try {
-        coordinator_.begin(Waiting::no, TransactionPart::first);
-        RedoTables(coordinator_.database()).setRefused(commit_);
-        coordinator_.commit(Durability::synced);
-        return true;
-    } catch (...) {
-        takeBack(coordinator_);
-        return false;
     }
 }
 
@@ -144,7 +156,7 @@ void commitTogether(const std::vector<Storage *> &storages) {
             changed.push_back(file);
     }
     if (changed.size() == 1)
-        changed.front()->commit(Durability::synced);
+        commitAlone(*changed.front());
     else if (!changed.empty())
         JointCommit(std::move(changed)).run();
 }

@@ -27,7 +27,6 @@ class JointCommit {
     void placePointers();
     void keepChanges();
     void decide();
-    bool refuse();
     void complete() noexcept;
     bool commitPart(SqliteStorage &file) noexcept;
     void dropChanges() noexcept;

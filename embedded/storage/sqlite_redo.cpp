@@ -2,8 +2,8 @@
 
 #include <cstring>
 #include <exception>
-#include <new>
 
+#include "embedded/storage/commit_pointer.h"
 #include "vantrel.h"
 
 namespace vantrel::embedded {
@@ -151,7 +151,9 @@ void RedoTables::change(const char *sql, ByteView commit) {
 }
 
 Bytes RedoTables::newCommit() {
-    return value("SELECT randomblob(16)");
+    Bytes commit(identifierSize, '\0');
+    sqlite3_randomness(static_cast<int>(commit.size()), commit.data());
+    return commit;
 }
 
 Bytes RedoTables::fileIdentifier() {

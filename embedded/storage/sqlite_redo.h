@@ -38,7 +38,7 @@ class RedoTables {
 
     static void create(Database &database);
 
-    Bytes newCommit();
+    static Bytes newCommit();
     Bytes fileIdentifier();
     // The last commit that others decided about.
     Bytes applied();

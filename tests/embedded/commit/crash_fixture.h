@@ -30,10 +30,10 @@ class CrashTest : public testing::Test {
 
     // Ends a transaction in another process, while the calls that it makes for that are decided about.
     // "killed", or the status of the end.
-    std::string endElsewhere(const SystemCallWatch::Decision &decide) {
+    std::string endElsewhere(const SystemCallWatch::Decision &decide, int32_t openMode = 0) {
         return ChildProcess::run([&]() -> std::string {
             ThreeFiles files(directory, 1);
-            EXPECT_EQ(files.open(), 0);
+            EXPECT_EQ(files.open({0, 1, 2}, openMode), 0);
             EXPECT_EQ(files.begin(), 0);
             files.change();
             SystemCallWatch watch(directory.path(), decide);
@@ -46,11 +46,11 @@ class CrashTest : public testing::Test {
         });
     }
     // Dies at the first call of a name on a file.
-    void dieAt(const std::string &name, const std::string &file) {
-        EXPECT_EQ(endElsewhere([&](const SystemCall &call) {
-                      return call.name == name && call.path == directory / file ? Fate::kills : Fate::happens;
-                  }),
-                  "killed");
+    void dieAt(const std::string &name, const std::string &file, int32_t openMode = 0) {
+        auto decide = [&](const SystemCall &call) {
+            return call.name == name && call.path == directory / file ? Fate::kills : Fate::happens;
+        };
+        EXPECT_EQ(endElsewhere(decide, openMode), "killed");
     }
 
     TemporaryDirectory directory, untouched;

@@ -47,4 +47,41 @@ TEST_F(CommitFailingTest, AStatusTellsWhetherTheTransactionHappened) {
     EXPECT_GT(kept, 5);
 }
 
+class FailedSyncTest : public CrashTest {
+  protected:
+    // Ends a transaction over the files, of which the first cannot be synced, and dies without closing them.
+    std::string endAndDie(const std::vector<size_t> &changed) {
+        return ChildProcess::run([&] {
+            auto &files = *new ThreeFiles(directory, 1);  // never closed
+            EXPECT_EQ(files.open(), 0);
+            EXPECT_EQ(files.begin(), 0);
+            for (size_t file : changed)
+                EXPECT_EQ(files.session.call(2, &files.blocks[file], "c2", "", -1).status, 0);
+            bool hasFailed = false;
+            SystemCallWatch watch(directory.path(), [&](const SystemCall &call) {
+                // The log's header is synced first.
+                bool isCommit = call.name == "fsync" && call.path == directory / "first-wal" && hasHeader;
+                hasHeader |= call.name == "fsync" && call.path == directory / "first-wal";
+                bool fails = isCommit && !hasFailed;
+                hasFailed |= fails;
+                return fails ? Fate::fails : Fate::happens;
+            });
+            std::string status = std::to_string(files.end());
+            for (const std::string &name : directory.names())
+                EXPECT_EQ(name.find("-commit"), std::string::npos) << name;
+            return status;
+        });
+    }
+
+    bool hasHeader = false;
+};
+
+TEST_F(FailedSyncTest, WhatFailedDoesNotComeBack) {
+    for (const std::vector<size_t> &changed : {std::vector<size_t>{0}, {0, 1, 2}}) {
+        startAnew();
+        ASSERT_EQ(endAndDie(changed), "2");
+        EXPECT_EQ(contentsAfterwards(directory, {0, 1, 2}), ThreeFiles::before) << changed.size();
+    }
+}
+
 }  // namespace

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "embedded/commit/crash_fixture.h"
 
 namespace {
@@ -73,6 +75,20 @@ TEST_F(CommitOrderTest, WithoutAChangeNothingIsSynced) {
         ASSERT_EQ(files.end(), 0);
     });
     EXPECT_EQ(calls, std::vector<std::string>{});
+}
+
+// An accelerated file's own commit is not synced; what it decided is, before anybody acts upon it.
+TEST_F(CommitOrderTest, ADecisionIsSyncedBeforeItIsCarriedOut) {
+    constexpr int32_t accelerated = -1;
+    dieAt("write", "second-wal", accelerated);
+    ThreeFiles files(directory, 1);
+    std::vector<std::string> calls =
+        callsOf([&] { ASSERT_EQ(files.session.open(&files.blocks[1], directory / "second"), 0); });
+    auto decision = std::find(calls.begin(), calls.end(), "fsync first-wal");
+    auto part = std::find(calls.begin(), calls.end(), "fsync second-wal");
+    ASSERT_NE(part, calls.end());
+    EXPECT_LT(decision, part);
+    EXPECT_EQ(files.contents(size_t{1}), ThreeFiles::after);
 }
 
 }  // namespace

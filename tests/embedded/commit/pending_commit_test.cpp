@@ -221,8 +221,24 @@ TEST_F(PendingCommitTest, AnotherFileInTheCoordinatorsPlaceDecidesNothing) {
     for (const char *name : {"first", "first-wal", "first-shm"})
         fs::remove(directory / name);
     fs::copy(untouched / "third", directory / "first");
-    EXPECT_EQ(contentsOf(1), ThreeFiles::before);
+    // Nor is it asked, or waited for.
+    ThreeFiles changer(directory, 2), other(directory, 3);
+    ASSERT_EQ(changer.session.open(&changer.blocks[0], ThreeFiles::path(directory, 0)), 0);
+    ASSERT_EQ(changer.begin(), 0);
+    ASSERT_EQ(changer.session.call(2, &changer.blocks[0], "e1", "", -1).status, 0);
+    ASSERT_EQ(other.session.open(&other.blocks[1], ThreeFiles::path(directory, 1)), 0);
+    ASSERT_EQ(other.begin(1519), 0);
+    EXPECT_EQ(other.session.call(2, &other.blocks[1], "e1", "", -1).status, 0);
+    ASSERT_EQ(other.session.call(21, nullptr).status, 0);
+    EXPECT_EQ(other.contents(size_t{1}), ThreeFiles::before);
+}
+
+TEST_F(PendingCommitTest, NorDoesWhatIsNoRecordFile) {
+    dieBeforeSecond();
+    for (const char *name : {"first", "first-wal", "first-shm"})
+        fs::remove(directory / name);
     std::ofstream(directory / "first") << "somebody's notes";
+    EXPECT_EQ(contentsOf(1), ThreeFiles::before);
     EXPECT_EQ(contentsOf(2), ThreeFiles::before);
 }
 

@@ -90,7 +90,7 @@ TEST_F(RankTest, AReadOnlyConnectionUsesWhatOthersBuilt) {
 }
 
 TEST_F(RankTest, ARollbackTakesBackWhatGrew) {
-    std::unique_ptr<Storage> storage = openStorage(path, {});
+    std::unique_ptr<Storage> storage = openForWriting();
     expectTrueRanks(*storage);
     storage->begin(Waiting::yes);
     for (int64_t address = 301; address <= 20000; ++address)
