@@ -46,12 +46,12 @@ int64_t signedNumber(ByteView value) {
 
 // Values that are no numbers stand outside of all numbers, by their bits.
 template <class Number>
-std::tuple<int, Number, double> floatRank(ByteView value) {
+std::tuple<int, Number, int64_t> floatRank(ByteView value) {
     Number number;
     memcpy(&number, value.data(), sizeof number);
     if (!std::isnan(number))
         return {0, number, 0};
-    double fraction = 0;
+    int64_t fraction = 0;
     for (const unsigned digit : heaviestFirst(value).substr(1))
         fraction = fraction * 256 + digit;
     return std::signbit(number) ? std::tuple{-1, Number{0}, -fraction} : std::tuple{1, Number{0}, fraction};
