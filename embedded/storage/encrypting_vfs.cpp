@@ -1,6 +1,5 @@
 #include "embedded/storage/encrypting_vfs.h"
 
-#include <map>
 #include <mutex>
 #include <new>
 
@@ -37,28 +36,30 @@ int readFirst(sqlite3_file *file, Bytes &bytes) {
     return code == SQLITE_IOERR_SHORT_READ ? SQLITE_OK : code;
 }
 
-// What the open connections of the process encrypt with, by the headers of their files, no two of which are
-// equal.
+// What the open connections of the process encrypt with. Files are told apart by their headers, no two of
+// which are equal.
 class HeldKeys {
   public:
     void add(const std::shared_ptr<Encryption> &encryption) {
         std::lock_guard lock(mutex_);
-        std::erase_if(held_, [](const auto &entry) { return entry.second.expired(); });
-        held_[encryption->header.bytes()] = encryption;
+        std::erase_if(held_, [](const auto &held) { return held.expired(); });
+        held_.push_back(encryption);
     }
     // Each connection has a cipher of its own, since threads may not share one.
     std::shared_ptr<Encryption> find(const EncryptionHeader &header) {
         std::lock_guard lock(mutex_);
-        auto found = held_.find(header.bytes());
-        std::shared_ptr<Encryption> held = found == held_.end() ? nullptr : found->second.lock();
-        require(held != nullptr, VANTREL_STATUS_INVALID_OWNER);
-        return std::make_shared<Encryption>(
-            Encryption{header, held->key, held->key.pageCipher(), held->nameMark});
+        for (const std::weak_ptr<Encryption> &known : held_) {
+            std::shared_ptr<Encryption> held = known.lock();
+            if (held != nullptr && held->header.bytes() == header.bytes())
+                return std::make_shared<Encryption>(
+                    Encryption{header, held->key, held->key.pageCipher(), held->nameMark});
+        }
+        throw StatusError{VANTREL_STATUS_INVALID_OWNER};
     }
 
   private:
     std::mutex mutex_;
-    std::map<Bytes, std::weak_ptr<Encryption>> held_;
+    std::vector<std::weak_ptr<Encryption>> held_;
 };
 
 // Never destroyed: connections may be opened while the process ends.

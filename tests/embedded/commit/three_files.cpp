@@ -12,6 +12,10 @@ constexpr const char *names[] = {"first", "second", "third"};
 constexpr uint32_t readChunk = 0x80000001, appendChunk = 0xA0000001;
 constexpr uint32_t longest = 70000;
 
+std::string ownerOf(size_t file) {
+    return "owner" + std::to_string(file);
+}
+
 std::string descriptor(uint32_t code, const void *bytes, uint32_t length) {
     std::string address(sizeof bytes, '\0');
     memcpy(address.data(), &bytes, sizeof bytes);
@@ -48,9 +52,14 @@ void ThreeFiles::create(const TemporaryDirectory &directory) {
     }
 }
 
+int32_t ThreeFiles::encrypt(size_t file) {
+    constexpr int32_t deniedAndEncrypted = 2;
+    return session.call(29, &blocks[file], ownerOf(file), ownerOf(file), deniedAndEncrypted).status;
+}
+
 int32_t ThreeFiles::open(const Order &order, int32_t mode) {
     for (size_t file : order) {
-        int32_t status = session.open(&blocks[file], paths_[file], mode);
+        int32_t status = session.call(0, &blocks[file], ownerOf(file), paths_[file] + '\0', mode).status;
         if (status != 0)
             return status;
     }

@@ -21,6 +21,8 @@ class ThreeFiles {
 
     ThreeFiles(const TemporaryDirectory &directory, uint8_t sessionNumber);
 
+    // Encrypts a file for an owner of its own, whose name every opening then gives.
+    int32_t encrypt(size_t file);
     // The status of the first file that cannot be opened.
     int32_t open(const Order &order = {0, 1, 2}, int32_t mode = 0);
     int32_t close(size_t file) { return session.call(1, &blocks[file]).status; }
