@@ -37,6 +37,9 @@ TEST_F(CommitOrderTest, PointersThenDecisionThenParts) {
         std::vector<std::string> calls = callsOf([&] { ASSERT_EQ(files.end(), 0); });
         if (turn == 0)
             continue;
+        // The background thread may ask for one more.
+        auto isUnlink = [](const std::string &call) { return call.starts_with("unlink"); };
+        calls.erase(std::find_if(calls.rbegin(), calls.rend(), isUnlink).base(), calls.end());
         EXPECT_EQ(calls, (std::vector<std::string>{
                              "fsync first-commit-new", "rename first-commit", "fsync second-commit-new",
                              "rename second-commit", "fsync directory", "fsync third-wal", "fsync first-wal",
