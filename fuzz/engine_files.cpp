@@ -165,20 +165,21 @@ void prepareFiles() {
         images[kind] = makeImage(kind);
 }
 
-void placeFile(size_t kind) {
+void placeFiles(size_t kind) {
     removeFiles();
     std::ofstream("file", std::ios::binary) << images[kind];
+    std::ofstream("other", std::ios::binary) << images[(kind + 1) % fileKindCount];
 }
 
-void checkFile() {
-    if (access("file", F_OK) != 0)
+void checkFile(const char *name) {
+    if (access(name, F_OK) != 0)
         return;
     constexpr int32_t ownedByAnother = 51;
     constexpr size_t fileSpecification = 32, segmentSize = 24, longestReply = 65535;
     Client client(checker);
     Client::PositionBlock position{};
     std::string nothing, reply(longestReply, '\0');
-    int32_t opened = client.call(0, &position, &nothing, "file", -3);
+    int32_t opened = client.call(0, &position, &nothing, name, -3);
     if (opened == ownedByAnother)
         return;
     require(opened == 0, "open with verification");

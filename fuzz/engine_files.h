@@ -25,13 +25,13 @@ struct Client {
 // The directory that every input's files lie in, which is the current one too: in memory where there is one.
 const std::string &workDirectory();
 
-// Puts one of the files made beforehand in place, as "file", and removes all others.
+// Puts two of the files made beforehand in place, as "file" and "other", and removes all others.
 inline constexpr size_t fileKindCount = 3;
 void prepareFiles();
-void placeFile(size_t kind);
+void placeFiles(size_t kind);
 
-// Whether what is stored of "file" belongs together: records, indexes and counts.
-void checkFile();
+// Whether what is stored of a file belongs together: records, indexes and counts.
+void checkFile(const char *name);
 
 }  // namespace vantrel::fuzz
 

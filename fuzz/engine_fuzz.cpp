@@ -1,5 +1,5 @@
 // Calls the engine with what the input makes of operation codes, requests, lengths and key numbers. The first
-// bytes of the input choose the file and whether two sessions take part, each following group of bytes is a
+// bytes of the input choose the files and whether two sessions take part, each following group of bytes is a
 // call. Statuses that tell of a failure within the engine, and files that do not belong together at the end,
 // are findings as a crash is.
 #include <cstring>
@@ -67,10 +67,11 @@ class Run {
     };
 
     void open(size_t session, size_t position) {
-        char name[] = "file";
+        std::string name(position == 0 ? "file" : "other");
         uint32_t none = 0;
-        int32_t status = VNTLEXID(0, sessions_[session].positions[position].data(), nullptr, &none, name,
-                                  sizeof name, 0, sessions_[session].block.data());
+        int32_t status =
+            VNTLEXID(0, sessions_[session].positions[position].data(), nullptr, &none, name.data(),
+                     static_cast<int32_t>(name.size()), 0, sessions_[session].block.data());
         require(status == 0, "open");
     }
 
@@ -267,11 +268,12 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     using namespace vantrel::fuzz;
     Input input(bytes, size);
-    placeFile(input.number<uint8_t>() % fileKindCount);
+    placeFiles(input.number<uint8_t>() % fileKindCount);
     {
         Run run(input);
         run.performAll();
     }
-    checkFile();
+    checkFile("file");
+    checkFile("other");
     return 0;
 }
