@@ -6,12 +6,14 @@
 
 #include <csignal>
 
+#include "embedded/quiet_fork.h"
+
 namespace vantrel::test {
 
 ChildProcess::ChildProcess(const Work &work) {
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
-    process_ = fork();
+    process_ = forkWhileQuiet();
     if (process_ == 0) {
         std::string result = work();
         bool isWritten = write(ends[1], result.data(), result.size()) == static_cast<ssize_t>(result.size());

@@ -8,6 +8,7 @@
 #include <csignal>
 
 #include "participant_session.h"
+#include "tests/embedded/quiet_fork.h"
 
 namespace vantrel::test {
 
@@ -45,7 +46,7 @@ Participant::Participant(const std::string &path) {
     int commands[2], answers[2];
     EXPECT_EQ(pipe(commands), 0);
     EXPECT_EQ(pipe(answers), 0);
-    process_ = fork();
+    process_ = forkWhileQuiet();
     if (process_ == 0) {
         close(commands[1]);
         close(answers[0]);

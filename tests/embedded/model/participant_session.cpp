@@ -5,6 +5,7 @@
 
 #include "library.h"
 #include "participant.h"
+#include "tests/embedded/quiet_fork.h"
 
 namespace vantrel::test {
 
@@ -157,7 +158,7 @@ std::string ParticipantSession::useInChild() {
     int answers[2];
     if (pipe(answers) != 0)
         return "no pipe";
-    pid_t child = fork();
+    pid_t child = forkWhileQuiet();
     if (child == 0) {
         std::string text = next(VANTREL_LOCK_MODE_NONE);
         VantrelFile *own = nullptr;

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "embedded/operation/engine_session.h"
+#include "embedded/quiet_fork.h"
 
 namespace {
 
@@ -185,7 +186,7 @@ TEST_F(ContinuousOperationTest, AResetEndsIt) {
 TEST_F(ContinuousOperationTest, EndsWithItsProcess) {
     int ready[2];
     ASSERT_EQ(pipe(ready), 0);
-    pid_t child = fork();
+    pid_t child = forkWhileQuiet();
     if (child == 0) {
         EngineSession mine(3);
         char began = change(mine, path, begin) == 0 ? 'y' : 'n';
@@ -208,7 +209,7 @@ TEST_F(ContinuousOperationTest, EndsWithItsProcess) {
 TEST_F(ContinuousOperationTest, AForkedChildDoesNotInheritIt) {
     ASSERT_EQ(change(session, path, begin), 0);
     std::string before = bytesOnDisk();
-    pid_t child = fork();
+    pid_t child = forkWhileQuiet();
     if (child == 0)
         _exit(change(session, path, end) == 41 ? 0 : 1);
     int status = -1;

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "embedded/operation/encryption_fixture.h"
+#include "embedded/quiet_fork.h"
 
 struct sqlite3;
 
@@ -186,7 +187,7 @@ TEST_F(EncryptionTest, AKilledSetOrClearLeavesTheFileWhole) {
     std::mt19937 random(seed);
     int plain = 0, encrypted = 0;
     for (int round = 0; round < 60 && !HasFailure(); ++round) {
-        pid_t child = fork();
+        pid_t child = forkWhileQuiet();
         ASSERT_GE(child, 0);
         if (child == 0) {
             EngineSession mine{3};
@@ -332,7 +333,7 @@ TEST_F(EncryptionTest, ProcessesWorkTogether) {
     constexpr uint32_t count = 150;
     pid_t children[2];
     for (uint32_t number : {0u, 1u}) {
-        children[number] = fork();
+        children[number] = forkWhileQuiet();
         ASSERT_GE(children[number], 0);
         if (children[number] != 0)
             continue;
@@ -361,7 +362,7 @@ TEST_F(EncryptionTest, ProcessesWorkTogether) {
 TEST_F(EncryptionTest, AForkedChildLeavesTheParentsFileAlone) {
     create();
     ASSERT_EQ(insert(record(1)), 0);
-    pid_t child = fork();
+    pid_t child = forkWhileQuiet();
     ASSERT_GE(child, 0);
     if (child == 0)
         _exit(session.call(12, &block, "", "", 0, 2000).status);

@@ -8,6 +8,8 @@
 #include <csignal>
 #include <functional>
 
+#include "embedded/quiet_fork.h"
+
 namespace vantrel::test {
 
 // A process that does something and then stays as it is until it is killed.
@@ -16,7 +18,7 @@ class LockProcess {
     explicit LockProcess(const std::function<bool()> &work) {
         int ready[2];
         EXPECT_EQ(pipe(ready), 0);
-        process_ = fork();
+        process_ = forkWhileQuiet();
         if (process_ == 0) {
             char outcome = work() ? 'y' : 'n';
             if (write(ready[1], &outcome, 1) != 1)

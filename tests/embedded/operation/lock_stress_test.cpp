@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "embedded/operation/engine_session.h"
+#include "embedded/quiet_fork.h"
 
 namespace {
 
@@ -199,7 +200,7 @@ TEST_F(LockStressTest, ProcessesLoseNoChangeOfALockedRecord) {
         std::vector<pid_t> processes;
         for (size_t process = 0; process < count; ++process) {
             auto childSeed = static_cast<uint32_t>(random());
-            pid_t child = fork();
+            pid_t child = forkWhileQuiet();
             if (child == 0) {
                 auto *worker = new Worker(20, path, childSeed);
                 for (int round = 0; round < 80 && !HasFailure(); ++round)

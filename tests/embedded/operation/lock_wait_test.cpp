@@ -6,6 +6,7 @@
 
 #include "embedded/operation/lock_fixture.h"
 #include "embedded/operation/lock_process.h"
+#include "embedded/quiet_fork.h"
 
 namespace {
 
@@ -110,7 +111,7 @@ TEST_F(LockWaitTest, AForkDoesNotWaitForIt) {
     std::future<int32_t> waiter = later([&] { return other.read('a', 100); });
     EXPECT_TRUE(isWaiting(waiter));
     std::future<int32_t> forked = later([&] {
-        pid_t child = fork();
+        pid_t child = forkWhileQuiet();
         if (child == 0)
             _exit((new LockClient(9, paths))->read('a', 200) == 84 ? 7 : 8);
         int status = 0;

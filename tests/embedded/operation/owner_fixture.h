@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "embedded/operation/engine_session.h"
+#include "embedded/quiet_fork.h"
 
 namespace vantrel::test {
 
@@ -66,7 +67,7 @@ inline std::vector<std::string> filesWith(const TemporaryDirectory &directory, c
 // Runs a function in a process of its own that is killed when it returns.
 template <class Function>
 void runAndKill(Function &&function) {
-    pid_t child = fork();
+    pid_t child = forkWhileQuiet();
     ASSERT_GE(child, 0);
     if (child == 0) {
         function();

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "embedded/operation/engine_session.h"
+#include "embedded/quiet_fork.h"
 
 namespace {
 
@@ -237,7 +238,7 @@ TEST_F(SessionsTest, AForkedChildOwnsNothingOfItsParent) {
     ASSERT_EQ(session.call(1019, nullptr).status, 0);
     ASSERT_EQ(session.call(2, &block, "c1", "", -1).status, 0);
     ASSERT_EQ(session.call(112, &block, "", "k", 0, 2).status, 0);
-    pid_t child = fork();
+    pid_t child = forkWhileQuiet();
     if (child == 0) {
         if (session.call(12, &block, "", "k", 0, 2).status != 3)
             _exit(1);
