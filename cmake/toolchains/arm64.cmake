@@ -1,5 +1,6 @@
 set(vantrel_architecture arm64)
 set(vantrel_processor aarch64)
+set(VANTREL_EMULATED ON)
 set(vantrel_compiler aarch64-linux-gnu)
 set(vantrel_multiarch aarch64-linux-gnu)
 include(${CMAKE_CURRENT_LIST_DIR}/debian-cross.cmake)

@@ -1,5 +1,6 @@
 set(vantrel_architecture armhf)
 set(vantrel_processor arm)
+set(VANTREL_EMULATED ON)
 set(vantrel_compiler arm-linux-gnueabihf)
 set(vantrel_multiarch arm-linux-gnueabihf)
 include(${CMAKE_CURRENT_LIST_DIR}/debian-cross.cmake)

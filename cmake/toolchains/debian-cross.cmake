@@ -22,9 +22,13 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# Where packages keep the headers that differ between architectures.
+foreach(language C CXX)
+    set(CMAKE_${language}_FLAGS_INIT "-isystem ${vantrel_overlay}/usr/include/${vantrel_multiarch}")
+endforeach()
 foreach(kind EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "-Wl,-rpath-link,${vantrel_overlay_libraries}")
 endforeach()
 
 # An emulated program that hangs is ended.
-set(vantrel_limit timeout --kill-after=10 300)
+set(vantrel_limit timeout --kill-after=10 900)

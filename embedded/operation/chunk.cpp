@@ -130,15 +130,16 @@ void applyEdit(const Edit &edit, const StoredRecord &old, Storage &storage, Edit
         edited->tail = {edit.offset - headSize, edit.removed, edit.inserted};
         return;
     }
-    uint64_t removedFromHead = std::min<uint64_t>(edit.removed, old.data.size() - edit.offset);
+    auto offset = static_cast<size_t>(edit.offset);
+    auto removedFromHead = static_cast<size_t>(std::min<uint64_t>(edit.removed, old.data.size() - offset));
     uint64_t removedFromTail = edit.removed - removedFromHead;
-    edited->head.replace(edit.offset, removedFromHead, edit.inserted);
+    edited->head.replace(offset, removedFromHead, edit.inserted);
     if (edited->head.size() > headSize) {
         edited->movedToTail = edited->head.substr(headSize);
         edited->head.resize(headSize);
     } else {
         uint64_t tailLeft = old.length - old.data.size() - removedFromTail;
-        uint64_t moved = std::min<uint64_t>(headSize - edited->head.size(), tailLeft);
+        auto moved = static_cast<size_t>(std::min<uint64_t>(headSize - edited->head.size(), tailLeft));
         size_t end = edited->head.size();
         edited->head.resize(end + moved);
         if (moved != 0)

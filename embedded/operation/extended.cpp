@@ -95,7 +95,7 @@ int32_t deletePassing(RecordScan &scan, OpenFile &file, ChangeScope &scope, Exte
         if (!scope.tryLock(entry.record.address))
             return VANTREL_STATUS_RECORD_IN_USE;
         scan.examineDeleted(entry);
-        reply.add(entry.record.address, entry.record.length, 0);
+        reply.add(entry.record.address, static_cast<size_t>(entry.record.length), 0);
         versions->push_back(entry.record.updateTime);
         change.prepareDelete(entry.record);
         scope.beginChanges();

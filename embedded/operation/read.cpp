@@ -12,10 +12,11 @@
 namespace vantrel::embedded {
 
 void copyRecord(Storage &storage, const StoredRecord &record, uint64_t start, uint64_t length, void *target) {
-    uint64_t fromHead =
-        start < record.data.size() ? std::min<uint64_t>(length, record.data.size() - start) : 0;
+    ByteView head =
+        ByteView(record.data).substr(static_cast<size_t>(std::min<uint64_t>(start, record.data.size())));
+    auto fromHead = static_cast<size_t>(std::min<uint64_t>(length, head.size()));
     if (fromHead != 0)
-        memcpy(target, record.data.data() + start, fromHead);
+        memcpy(target, head.data(), fromHead);
     if (length > fromHead)
         storage.readTail(record.address, start + fromHead - headSize, length - fromHead,
                          static_cast<char *>(target) + fromHead);

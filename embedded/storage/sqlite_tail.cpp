@@ -88,8 +88,8 @@ void SqliteTail::read(int64_t address, uint64_t offset, uint64_t length, char *t
             Bytes bytes = bytesOf(piece.id);
             if (bytes.size() != piece.length)
                 throwDamage();
-            uint64_t within = offset - piece.start;
-            uint64_t count = std::min(length, piece.length - within);
+            auto within = static_cast<size_t>(offset - piece.start);
+            auto count = static_cast<size_t>(std::min<uint64_t>(length, bytes.size() - within));
             memcpy(target, bytes.data() + within, count);
             target += count;
             offset += count;
@@ -99,7 +99,7 @@ void SqliteTail::read(int64_t address, uint64_t offset, uint64_t length, char *t
 }
 
 void SqliteTail::replace(int64_t address, uint64_t offset, uint64_t removed, ByteView inserted) {
-    uint64_t overwritten = std::min<uint64_t>(removed, inserted.size());
+    auto overwritten = static_cast<size_t>(std::min<uint64_t>(removed, inserted.size()));
     overwrite(address, offset, inserted.substr(0, overwritten));
     offset += overwritten;
     removed -= overwritten;
@@ -121,9 +121,9 @@ void SqliteTail::overwrite(int64_t address, uint64_t offset, ByteView bytes) {
         for (const Piece &piece : piecesOf(group)) {
             if (bytes.empty() || offset >= piece.start + piece.length)
                 continue;
-            uint64_t within = offset - piece.start;
-            uint64_t count = std::min<uint64_t>(bytes.size(), piece.length - within);
-            Bytes changed = count == piece.length ? Bytes(piece.length, '\0') : bytesOf(piece.id);
+            auto within = static_cast<size_t>(offset - piece.start);
+            auto count = static_cast<size_t>(std::min<uint64_t>(bytes.size(), piece.length - within));
+            Bytes changed = count == piece.length ? Bytes(count, '\0') : bytesOf(piece.id);
             if (changed.size() != piece.length)
                 throwDamage();
             memcpy(changed.data() + within, bytes.data(), count);
@@ -157,7 +157,7 @@ uint64_t SqliteTail::removeSome(int64_t address, uint64_t offset, uint64_t lengt
         }
         if (last - first < piece.length) {
             Bytes bytes = bytesOf(piece.id);
-            bytes.erase(first - piece.start, last - first);
+            bytes.erase(static_cast<size_t>(first - piece.start), static_cast<size_t>(last - first));
             kept.push_back({addPiece(bytes), bytes.size(), 0});
         }
         prepared(erasePiece_, "DELETE FROM piece WHERE id = ?1").bind(1, piece.id).run();
@@ -183,7 +183,9 @@ void SqliteTail::insert(int64_t address, uint64_t offset, ByteView bytes) {
     if (piece != pieces.end()) {
         joined = bytesOf(piece->id);
         prepared(erasePiece_, "DELETE FROM piece WHERE id = ?1").bind(1, piece->id).run();
-        joined.insert(offset - piece->start, bytes);
+        if (joined.size() != piece->length)
+            throwDamage();
+        joined.insert(static_cast<size_t>(offset - piece->start), bytes);
         piece = pieces.erase(piece);
     } else {
         joined = bytes;

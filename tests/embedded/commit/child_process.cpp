@@ -10,17 +10,25 @@
 
 namespace vantrel::test {
 
-ChildProcess::ChildProcess(const Work &work) {
-    int ends[2];
+ChildProcess::ChildProcess(const Work &work, Start start) {
+    int ends[2], startEnds[2];
     EXPECT_EQ(pipe(ends), 0);
+    EXPECT_EQ(pipe(startEnds), 0);
     process_ = forkWhileQuiet();
     if (process_ == 0) {
+        close(startEnds[1]);
+        char nothing;
+        if (start == Start::forResult && read(startEnds[0], &nothing, 1) != 1)
+            _exit(1);
         std::string result = work();
         bool isWritten = write(ends[1], result.data(), result.size()) == static_cast<ssize_t>(result.size());
         _exit(isWritten && !testing::Test::HasFailure() ? 0 : 1);
     }
     close(ends[1]);
+    close(startEnds[0]);
     output_ = ends[0];
+    start_ = startEnds[1];
+    isWaiting_ = start == Start::forResult;
 }
 
 ChildProcess::~ChildProcess() {
@@ -33,6 +41,9 @@ void ChildProcess::kill() {
 }
 
 std::string ChildProcess::result() {
+    if (isWaiting_ && write(start_, "", 1) != 1)
+        ADD_FAILURE() << "the child is gone";
+    close(start_);
     std::string result;
     char buffer[4096];
     for (ssize_t length; (length = read(output_, buffer, sizeof buffer)) > 0;)

@@ -6,12 +6,15 @@
 
 namespace vantrel::test {
 
-// Runs work in a process of its own. A failed expectation in it is one of the test.
+// Runs work in a process of its own, which begins with it at once or when the result is asked for. A failed
+// expectation in it is one of the test.
 class ChildProcess {
   public:
     using Work = std::function<std::string()>;
 
-    explicit ChildProcess(const Work &work);
+    enum class Start { atOnce, forResult };
+
+    explicit ChildProcess(const Work &work, Start start = Start::atOnce);
     ~ChildProcess();
     ChildProcess(const ChildProcess &) = delete;
     ChildProcess &operator=(const ChildProcess &) = delete;
@@ -25,6 +28,8 @@ class ChildProcess {
   private:
     int process_ = -1;
     int output_ = -1;
+    int start_ = -1;
+    bool isWaiting_ = false;
 };
 
 }  // namespace vantrel::test

@@ -28,23 +28,27 @@ class CrashTest : public testing::Test {
 
     void startAnew() { copyFiles(untouched.path(), directory.path()); }
 
-    // Ends a transaction in another process, while the calls that it makes for that are decided about.
-    // "killed", or the status of the end.
-    std::string endElsewhere(const SystemCallWatch::Decision &decide, int32_t openMode = 0) {
-        return ChildProcess::run([&]() -> std::string {
+    // Ends a transaction, while the calls that it makes for that are decided about. The status of the end.
+    ChildProcess::Work anEnd(const SystemCallWatch::Decision &decide, int32_t openMode = 0) {
+        return [this, decide, openMode]() -> std::string {
             ThreeFiles files(directory, 1);
             EXPECT_EQ(files.open({0, 1, 2}, openMode), 0);
             EXPECT_EQ(files.begin(), 0);
             files.change();
             SystemCallWatch watch(directory.path(), decide);
             return std::to_string(files.end());
-        });
+        };
     }
-    std::string endElsewhere(size_t step, Fate fate) {
-        return endElsewhere([=, count = StepCount()](const SystemCall &call) mutable {
+    ChildProcess::Work anEnd(size_t step, Fate fate) {
+        return anEnd([=, count = StepCount()](const SystemCall &call) mutable {
             return count.stepOf(call) == step ? fate : Fate::happens;
         });
     }
+    // "killed", or the status of the end.
+    std::string endElsewhere(const SystemCallWatch::Decision &decide, int32_t openMode = 0) {
+        return ChildProcess::run(anEnd(decide, openMode));
+    }
+    std::string endElsewhere(size_t step, Fate fate) { return ChildProcess::run(anEnd(step, fate)); }
     // Dies at the first call of a name on a file.
     void dieAt(const std::string &name, const std::string &file, int32_t openMode = 0) {
         auto decide = [&](const SystemCall &call) {

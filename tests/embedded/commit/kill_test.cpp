@@ -1,6 +1,7 @@
 #include <optional>
 
 #include "embedded/commit/crash_fixture.h"
+#include "embedded/emulation.h"
 
 namespace {
 
@@ -41,7 +42,7 @@ TEST_F(CommitKilledTest, AllOrNoneWhicheverFileIsOpenedFirst) {
     for (Fate fate : {Fate::kills, Fate::tears}) {
         bool wasBefore = false, wasAfter = false;
         std::string status = "killed";
-        for (size_t step = 1; status == "killed"; ++step) {
+        for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 9)) {
             startAnew();
             status = endElsewhere(step, fate);
             std::string contents = contentsInAllOrders();
@@ -58,14 +59,15 @@ TEST_F(CommitKilledTest, AllOrNoneWhicheverFileIsOpenedFirst) {
 // A process that had the files open all the time decides about what the dead one left, and dies then too.
 TEST_F(CommitKilledTest, WhatTheLivingSawStaysTrueWhenTheyDieToo) {
     std::string status = "killed";
-    for (size_t step = 1; status == "killed"; ++step) {
+    for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 9)) {
         startAnew();
         ThreeFiles::Order order = ThreeFiles::orders()[step % ThreeFiles::orders().size()];
         std::string seen = ChildProcess::run([&] {
+            ChildProcess other(anEnd(step, Fate::kills), ChildProcess::Start::forResult);
             auto &files = *new ThreeFiles(directory, 2);  // never closed
             EXPECT_EQ(files.open(), 0);
             EXPECT_EQ(files.contents(), ThreeFiles::before);
-            std::string result = endElsewhere(step, Fate::kills);
+            std::string result = other.result();
             for (size_t file : order) {
                 EXPECT_EQ(files.session.call(2, &files.blocks[file], "e1", "", -1).status, 0);
                 EXPECT_EQ(files.session.call(4, &files.blocks[file]).status, 0);
@@ -83,12 +85,13 @@ TEST_F(CommitKilledTest, WhatTheLivingSawStaysTrueWhenTheyDieToo) {
 // As above, with a coordinator that nobody writes to any more before its log is recovered.
 TEST_F(CommitKilledTest, ADecisionOutlivesTheRecoveryOfALog) {
     std::string status = "killed";
-    for (size_t step = 1; status == "killed"; ++step) {
+    for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 9)) {
         startAnew();
         std::string seen = ChildProcess::run([&] {
+            ChildProcess other(anEnd(step, Fate::kills), ChildProcess::Start::forResult);
             auto &files = *new ThreeFiles(directory, 2);
             EXPECT_EQ(files.open(), 0);
-            std::string result = endElsewhere(step, Fate::kills);
+            std::string result = other.result();
             for (size_t file : {size_t{1}, size_t{2}}) {
                 EXPECT_EQ(files.session.call(2, &files.blocks[file], "e1", "", -1).status, 0);
                 EXPECT_EQ(files.session.call(4, &files.blocks[file]).status, 0);

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "embedded/commit/child_process.h"
+#include "embedded/emulation.h"
 #include "embedded/operation/engine_session.h"
 
 namespace {
@@ -119,7 +120,7 @@ TEST_F(TransfersTest, NorDoesItWhenProcessesAreKilled) {
             }
         };
     };
-    for (int round = 0; round < 30; ++round) {
+    for (int round = 0; round < rounds(30, 5); ++round) {
         ChildProcess first(forever(random())), second(forever(random()));
         std::this_thread::sleep_for(std::chrono::microseconds(20000 + random() % 20000));
         first.kill();

@@ -29,7 +29,7 @@ Expected Model::readByProportion(const Step &step) {
         return {{VANTREL_STATUS_END_OF_FILE}};
     uint64_t last = order.size() - 1;
     uint64_t rank = (2 * last * step.numerator + step.denominator) / (2 * uint64_t{step.denominator});
-    return found(step, step.index, order[rank]);
+    return found(step, step.index, order[static_cast<size_t>(rank)]);
 }
 
 Step Model::withOwnKey(Step step) const {

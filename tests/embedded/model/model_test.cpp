@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "sequence.h"
+#include "tests/embedded/emulation.h"
 
 // The engine against the model: random sequences of requests with a tiny key space. VANTREL_SEED chooses the
 // first seed and VANTREL_SEQUENCES how many follow from there; sanitizers slow them down, so they get fewer.
@@ -22,7 +23,7 @@ constexpr int partCount = 10;
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr uint64_t defaultSequenceCount = 2000;
 #else
-constexpr uint64_t defaultSequenceCount = 10000;
+const uint64_t defaultSequenceCount = rounds<uint64_t>(10000, 200);
 #endif
 constexpr uint32_t sequenceLength = 100;
 

@@ -1,5 +1,6 @@
 #include <random>
 
+#include "embedded/emulation.h"
 #include "embedded/operation/encryption_fixture.h"
 
 namespace {
@@ -34,7 +35,7 @@ class DamagedFileTest : public EncryptionTest {
 };
 
 TEST_F(DamagedFileTest, AFlippedBitInTheHeaderIsFound) {
-    for (size_t offset = 0; offset < 340; offset += offset < 48 ? 3 : 29) {
+    for (size_t offset = 0; offset < 340; offset += rounds(offset < 48 ? 3 : 29, 97)) {
         std::string content = whole;
         content[offset] = static_cast<char>(content[offset] ^ 0x10);
         bool isInNames = offset < 20;  // magic and format number
@@ -44,7 +45,7 @@ TEST_F(DamagedFileTest, AFlippedBitInTheHeaderIsFound) {
 
 TEST_F(DamagedFileTest, AFlippedBitInAPageIsFoundOrHarmsOnlyRecords) {
     std::mt19937 random(5);
-    for (int flip = 0; flip < 20; ++flip) {
+    for (int flip = 0; flip < rounds(20, 2); ++flip) {
         std::string content = whole;
         size_t offset = 8192 + random() % (content.size() - 8192);
         content[offset] = static_cast<char>(content[offset] ^ (1 << random() % 8));

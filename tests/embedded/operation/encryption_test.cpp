@@ -4,6 +4,7 @@
 #include <atomic>
 #include <random>
 
+#include "embedded/emulation.h"
 #include "embedded/operation/encryption_fixture.h"
 #include "embedded/quiet_fork.h"
 
@@ -154,7 +155,7 @@ TEST_F(EncryptionTest, AnEncryptedFileBehavesLikeAPlainOne) {
     create();
     TwinFiles twins(session, random);
     close();
-    for (int round = 0; round < 8; ++round) {
+    for (int round = 0; round < rounds(8, 1); ++round) {
         ASSERT_EQ(session.open(&twins.blocks[0], plain), 0);
         ASSERT_EQ(openWith(session, &twins.blocks[1], path, "harbour", round == 7 ? -3 : 0), 0);
         for (uint32_t end : {20u, 21u, 0u}) {
@@ -186,7 +187,7 @@ TEST_F(EncryptionTest, AKilledSetOrClearLeavesTheFileWhole) {
     constexpr unsigned seed = 77;
     std::mt19937 random(seed);
     int plain = 0, encrypted = 0;
-    for (int round = 0; round < 60 && !HasFailure(); ++round) {
+    for (int round = 0; round < rounds(60, 4) && !HasFailure(); ++round) {
         pid_t child = forkWhileQuiet();
         ASSERT_GE(child, 0);
         if (child == 0) {

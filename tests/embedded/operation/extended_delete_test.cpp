@@ -18,7 +18,7 @@ class ExtendedDeleteTest : public ExtendedFixture {
     }
     static std::string outcome(const Reply &reply) {
         std::string text;
-        for (uint64_t record = 0; !reply.data.empty() && record < number(reply.data, 0, 2); ++record) {
+        for (size_t record = 0; !reply.data.empty() && record < number(reply.data, 0, 2); ++record) {
             EXPECT_EQ(number(reply.data, 2 + 10 * record, 2), 4u);
             text += std::string(1, "?cafbed"[number(reply.data, 4 + 10 * record, 8)]);
         }

@@ -55,7 +55,7 @@ class ExtendedFixture : public testing::Test {
             return letters;
         size_t at = 2;
         for (uint64_t count = number(reply, 0, 2); count > 0; --count) {
-            size_t length = number(reply, at, 2);
+            auto length = static_cast<size_t>(number(reply, at, 2));
             letters += reply.substr(at + 10, length);
             at += 10 + length;
         }

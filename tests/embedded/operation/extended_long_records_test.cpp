@@ -70,7 +70,7 @@ class ExtendedLongRecordsTest : public testing::Test {
         EXPECT_EQ(reply.status, expectedStatus);
         std::vector<std::string> records;
         for (size_t at = 2; at < reply.data.size();) {
-            size_t length = number(reply.data, at, 2);
+            auto length = static_cast<size_t>(number(reply.data, at, 2));
             records.push_back(reply.data.substr(at + 10, length));
             at += 10 + length;
         }

@@ -14,8 +14,8 @@ constexpr int64_t mebibyte = 1 << 20, pageCache = 64 * mebibyte;
 
 // A text without end, of which a record holds parts; no two parts of it look alike.
 std::string textFrom(uint64_t start, uint64_t length) {
-    std::string text(length, '\0');
-    for (uint64_t byte = 0; byte < length; ++byte)
+    std::string text(static_cast<size_t>(length), '\0');
+    for (size_t byte = 0; byte < text.size(); ++byte)
         text[byte] = static_cast<char>((start + byte) * 0x9E3779B97F4A7C15 >> 56);
     return text;
 }

@@ -116,7 +116,7 @@ class Soak {
     }
 
     void killOne() {
-        pid_t &worker = workers_[random_() % workers_.size()];
+        pid_t &worker = workers_[static_cast<size_t>(random_() % workers_.size())];
         kill(worker, SIGKILL);
         waitpid(worker, nullptr, 0);
         ++kills_;

@@ -7,6 +7,7 @@
 #include "embedded/storage/sqlite_counts.h"
 #include "embedded/storage/sqlite_schema.h"
 #include "embedded/storage/storage.h"
+#include "tests/embedded/emulation.h"
 #include "vantrel.h"
 
 namespace {
@@ -161,7 +162,7 @@ TEST_F(CountsTest, RunsThatComeAndGoLeaveNothingBehind) {
     counts.build(indexNumber);
     insertMany(100, 100);
     uint32_t number = 1000;
-    for (int round = 0; round < 50; ++round) {
+    for (int round = 0; round < vantrel::test::rounds(50, 5); ++round) {
         database.execute("BEGIN");
         for (int i = 0; i < 300; ++i)
             insert({keyOf(++number), ++lastAddress});
@@ -182,7 +183,7 @@ TEST_F(CountsTest, RandomChangesKeepItTrue) {
     insertMany(500, 20);
     counts.build(indexNumber);
     database.execute("BEGIN");
-    for (int round = 0; round < 20; ++round) {
+    for (int round = 0; round < vantrel::test::rounds(20, 2); ++round) {
         bool isGrowing = round % 4 < 2;
         for (int change = 0; change < 700; ++change) {
             bool inserts = below(10) < (isGrowing ? 8u : 2u) || entries.empty();

@@ -1,0 +1,22 @@
+#ifndef VANTREL_TESTS_EMBEDDED_EMULATION_H
+#define VANTREL_TESTS_EMBEDDED_EMULATION_H
+
+#include <cstdlib>
+
+namespace vantrel::test {
+
+// Under an emulator, which VANTREL_EMULATED tells of, everything takes many times longer, and a child of a
+// process with several threads cannot start threads of its own.
+inline bool isEmulated() {
+    return getenv("VANTREL_EMULATED") != nullptr;
+}
+
+// How often something is repeated.
+template <class Number>
+Number rounds(Number usually, Number emulated) {
+    return isEmulated() ? emulated : usually;
+}
+
+}  // namespace vantrel::test
+
+#endif
