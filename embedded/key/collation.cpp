@@ -76,7 +76,7 @@ constexpr Table letterTable(FromLatin1 fromLatin1) {
     for (uint8_t letter = 'A'; letter <= 'Z'; ++letter) {
         builder.place(letter, static_cast<uint8_t>(letter + 0x20));
         for (uint8_t capital = 0xC0; capital < 0xDF; ++capital)
-            if (plainLetters[capital - 0xC0] == letter)
+            if (static_cast<uint8_t>(plainLetters[capital - 0xC0]) == letter)
                 builder.place(fromLatin1(capital), fromLatin1(static_cast<uint8_t>(capital + 0x20)));
         if (letter == 'S')
             builder.place(fromLatin1(0xDF));

@@ -73,7 +73,9 @@ std::string resolvePath(const Session &session, const std::string &name) {
             if (base.empty() || base == "." || base == "..")
                 throw StatusError{VANTREL_STATUS_FILE_NAME_BAD};
             std::string directory = realPath(directoryOf(path));
-            return directory == "/" ? directory + base : directory + '/' + base;
+            if (directory != "/")
+                directory += '/';
+            return directory += base;
         }
         path = absolute(directoryOf(path), target);
     }

@@ -50,7 +50,7 @@ void commitAlone(SqliteStorage &file) {
 
 }  // namespace
 
-JointCommit::JointCommit(std::vector<SqliteStorage *> files)
+JointCommit::JointCommit(const std::vector<SqliteStorage *> &files)
     : coordinator_(*files.front()),
       others_(files.begin() + 1, files.end()),
       commit_(RedoTables::newCommit()) {}

@@ -13,7 +13,7 @@ namespace vantrel::embedded {
 // stands from before the decision until the file durably has its part.
 class JointCommit {
   public:
-    explicit JointCommit(std::vector<SqliteStorage *> files);
+    explicit JointCommit(const std::vector<SqliteStorage *> &files);
 
     // After a failure nothing is committed.
     void run();

@@ -25,8 +25,8 @@ struct BucketLimits {
 // counted entry by entry.
 class SqliteCounts {
   public:
-    explicit SqliteCounts(Database &database, BucketLimits entries = {256, 192, 128, 128, 64},
-                          BucketLimits buckets = {128, 96, 64, 64, 32})
+    explicit SqliteCounts(Database &database, const BucketLimits &entries = {256, 192, 128, 128, 64},
+                          const BucketLimits &buckets = {128, 96, 64, 64, 32})
         : database_(database), limitsOfEntries_(entries), limitsOfBuckets_(buckets) {}
 
     // Learns which orders have trees, as of the snapshot or write transaction that has begun.

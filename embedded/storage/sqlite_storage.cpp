@@ -188,7 +188,9 @@ Statement &SqliteStorage::prepared(Statement &statement, uint8_t index, const ch
         if (!hasIndex(index))
             throw StatusError{VANTREL_STATUS_INVALID_INDEX_NUMBER};
         char *sql = sqlite3_mprintf(head, static_cast<unsigned>(index));
-        std::string text = std::string(sql == nullptr ? "" : sql) + tail;
+        if (sql == nullptr)
+            throw std::bad_alloc();
+        std::string text = std::string(sql) + tail;
         sqlite3_free(sql);
         statement = database_.prepare(text.c_str());
     }

@@ -256,6 +256,8 @@ void SqliteTail::addGroupBehind(int64_t address, const Group &group, const std::
             places.emplace_back(groups->integer(0), groups->integer(1));
         }
     }
+    if (places.empty())
+        throwDamage();
     bool isLast = before + 1 == places.size();
     int64_t place = isLast ? places[before].second + placeStride
                            : places[before].second + (places[before + 1].second - places[before].second) / 2;

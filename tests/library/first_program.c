@@ -25,8 +25,9 @@ int main(int count, char **arguments) {
         check("field", VantrelKeySegmentSetField(segment, 0, 4, VANTREL_DATA_TYPE_UNSIGNED_BINARY)) ||
         check("index attributes", VantrelIndexAttributesAllocate(&index)) ||
         check("add segment", VantrelIndexAttributesAddKeySegment(index, segment)) ||
-        check("create", VantrelClientFileCreate(client, attributes, index, name, VANTREL_CREATE_MODE_OVERWRITE,
-                                                VANTREL_LOCATION_MODE_DEFAULT)) ||
+        check("create",
+              VantrelClientFileCreate(client, attributes, index, name, VANTREL_CREATE_MODE_OVERWRITE,
+                                      VANTREL_LOCATION_MODE_DEFAULT)) ||
         check("open", VantrelClientFileOpen(client, &file, name, NULL, VANTREL_OPEN_MODE_NORMAL,
                                             VANTREL_OPEN_VARIANT_DEFAULT)) ||
         check("insert", VantrelFileRecordCreate(file, sprocket, sizeof record)))

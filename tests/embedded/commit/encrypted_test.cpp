@@ -21,7 +21,7 @@ class EncryptedCommitTest : public CrashTest {
     void expectAllOrNoneAfterEachDeath(const ThreeFiles::Order &order) {
         bool wasBefore = false, wasAfter = false;
         std::string status = "killed";
-        for (size_t step = 1; status == "killed"; step += rounds<size_t>(3, 40)) {
+        for (size_t step = 1; status == "killed"; step += rounds<size_t>(3, 150)) {
             startAnew();
             status = endElsewhere(step, Fate::kills);
             std::string contents = contentsAfterwards(directory, order);

@@ -42,7 +42,7 @@ TEST_F(CommitKilledTest, AllOrNoneWhicheverFileIsOpenedFirst) {
     for (Fate fate : {Fate::kills, Fate::tears}) {
         bool wasBefore = false, wasAfter = false;
         std::string status = "killed";
-        for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 9)) {
+        for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 50)) {
             startAnew();
             status = endElsewhere(step, fate);
             std::string contents = contentsInAllOrders();
@@ -59,7 +59,7 @@ TEST_F(CommitKilledTest, AllOrNoneWhicheverFileIsOpenedFirst) {
 // A process that had the files open all the time decides about what the dead one left, and dies then too.
 TEST_F(CommitKilledTest, WhatTheLivingSawStaysTrueWhenTheyDieToo) {
     std::string status = "killed";
-    for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 9)) {
+    for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 50)) {
         startAnew();
         ThreeFiles::Order order = ThreeFiles::orders()[step % ThreeFiles::orders().size()];
         std::string seen = ChildProcess::run([&] {
@@ -85,7 +85,7 @@ TEST_F(CommitKilledTest, WhatTheLivingSawStaysTrueWhenTheyDieToo) {
 // As above, with a coordinator that nobody writes to any more before its log is recovered.
 TEST_F(CommitKilledTest, ADecisionOutlivesTheRecoveryOfALog) {
     std::string status = "killed";
-    for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 9)) {
+    for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 50)) {
         startAnew();
         std::string seen = ChildProcess::run([&] {
             ChildProcess other(anEnd(step, Fate::kills), ChildProcess::Start::forResult);

@@ -101,7 +101,7 @@ class PowerLossTest : public CrashTest {
 TEST_F(PowerLossTest, AllOrNoneAndAllOfWhatEnded) {
     bool wasBefore = false, wasAfter = false;
     std::string status = "killed";
-    for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 9)) {
+    for (size_t step = 1; status == "killed"; step += rounds<size_t>(1, 50)) {
         status = endAndLosePower(step);
         std::string common;
         for (const ThreeFiles::Order &order : ThreeFiles::orders()) {
