@@ -71,7 +71,7 @@ for section in 3 7; do
 done
 while read -r function; do
     grep -qF "$function(" "$prefix/share/man/man3/vantrel.3" || fail "no manual for $function"
-done <"$root/tests/library/exported_functions.txt"
+done <"$root/packaging/abi/libvantrelC.exports"
 while read -r constant; do
     grep -qE "\b$constant = " "$prefix"/share/man/man?/vantrel.? || fail "no manual for $constant"
 done < <(grep -oE '^    VANTREL_[A-Z0-9_]+ =' "$prefix/include/vantrel.h" | tr -d ' =')
