@@ -10,8 +10,12 @@ set(CMAKE_C_COMPILER ${vantrel_compiler}-gcc)
 set(CMAKE_CXX_COMPILER ${vantrel_compiler}-g++)
 set(CMAKE_LIBRARY_ARCHITECTURE ${vantrel_multiarch})
 
-get_filename_component(vantrel_overlay
-    ${CMAKE_CURRENT_LIST_DIR}/../../build/overlay/${vantrel_architecture} ABSOLUTE)
+if(DEFINED ENV{VANTREL_OVERLAY})
+    set(vantrel_overlay $ENV{VANTREL_OVERLAY})
+else()
+    get_filename_component(vantrel_overlay
+        ${CMAKE_CURRENT_LIST_DIR}/../../build/overlay/${vantrel_architecture} ABSOLUTE)
+endif()
 if(NOT EXISTS ${vantrel_overlay})
     message(FATAL_ERROR "${vantrel_overlay} is missing: scripts/overlay ${vantrel_architecture} makes it")
 endif()
@@ -24,6 +28,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 foreach(kind EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "-Wl,-rpath-link,${vantrel_overlay_libraries}")
+endforeach()
+# Where the overlay lies leaves no trace in what is compiled.
+foreach(language C CXX)
+    set(CMAKE_${language}_FLAGS_INIT "-ffile-prefix-map=${vantrel_overlay}=")
 endforeach()
 
 # An emulated program that hangs is ended.
