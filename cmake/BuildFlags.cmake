@@ -11,6 +11,9 @@ endif()
 # File offsets and times are 64 bits wide on 32-bit platforms too.
 target_compile_definitions(vantrel_build_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
+# Where the sources lie leaves no trace either.
+target_compile_options(vantrel_build_flags INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+
 if(VANTREL_SANITIZERS)
     target_compile_options(vantrel_build_flags INTERFACE
         -fsanitize=${VANTREL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -10,8 +10,12 @@ set(CMAKE_C_COMPILER ${vantrel_compiler}-gcc)
 set(CMAKE_CXX_COMPILER ${vantrel_compiler}-g++)
 set(CMAKE_LIBRARY_ARCHITECTURE ${vantrel_multiarch})
 
-get_filename_component(vantrel_overlay
-    ${CMAKE_CURRENT_LIST_DIR}/../../build/overlay/${vantrel_architecture} ABSOLUTE)
+if(DEFINED ENV{VANTREL_OVERLAY})
+    set(vantrel_overlay $ENV{VANTREL_OVERLAY})
+else()
+    get_filename_component(vantrel_overlay
+        ${CMAKE_CURRENT_LIST_DIR}/../../build/overlay/${vantrel_architecture} ABSOLUTE)
+endif()
 if(NOT EXISTS ${vantrel_overlay})
     message(FATAL_ERROR "${vantrel_overlay} is missing: scripts/overlay ${vantrel_architecture} makes it")
 endif()
@@ -22,9 +26,11 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# Where packages keep the headers that differ between architectures.
+# Packages keep headers that differ between architectures in a folder of their own. Where the overlay lies leaves
+# no trace in what is compiled.
 foreach(language C CXX)
-    set(CMAKE_${language}_FLAGS_INIT "-isystem ${vantrel_overlay}/usr/include/${vantrel_multiarch}")
+    set(CMAKE_${language}_FLAGS_INIT
+        "-isystem ${vantrel_overlay}/usr/include/${vantrel_multiarch} -ffile-prefix-map=${vantrel_overlay}=")
 endforeach()
 foreach(kind EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "-Wl,-rpath-link,${vantrel_overlay_libraries}")
