@@ -1,7 +1,6 @@
 // A process does random work on two files and is killed at a random instant; what another one finds must be
 // what was acknowledged, with or without the call that was under way. Usage: see below.
 #include <getopt.h>
-#include <sched.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -86,7 +85,7 @@ bool waitFor(Condition condition, std::chrono::microseconds longest) {
     while (!condition()) {
         if (Clock::now() >= end)
             return false;
-        sched_yield();
+        usleep(10);
     }
     return true;
 }
@@ -204,7 +203,7 @@ class RandomKills {
                 _exit(1);
             shared_->isReady = true;
             while (!shared_->isDead)
-                sched_yield();
+                usleep(10);
             shared_->found = inspection.find(statesAfterDeath(states_, shared_->journal));
         });
     }
