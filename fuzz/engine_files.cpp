@@ -96,11 +96,6 @@ void removeFiles() {
         std::filesystem::remove_all(entry.path());
 }
 
-void removeDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(workDirectory(), ignored);
-}
-
 // The addresses of the records that a walk meets.
 using Addresses = std::multiset<int64_t>;
 
@@ -153,6 +148,11 @@ int32_t Client::call(uint32_t operation, PositionBlock *position, std::string *d
     return status;
 }
 
+void removeWorkDirectory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(workDirectory(), ignored);
+}
+
 const std::string &workDirectory() {
     static const std::string path = makeDirectory();
     return path;
@@ -160,7 +160,7 @@ const std::string &workDirectory() {
 
 void prepareFiles() {
     require(chdir(workDirectory().c_str()) == 0, "current directory");
-    atexit(removeDirectory);
+    atexit(removeWorkDirectory);
     for (size_t kind = 0; kind < fileKindCount; ++kind)
         images[kind] = makeImage(kind);
 }

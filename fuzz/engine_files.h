@@ -24,6 +24,7 @@ struct Client {
 
 // The directory that every input's files lie in, which is the current one too: in memory where there is one.
 const std::string &workDirectory();
+void removeWorkDirectory();
 
 // Puts two of the files made beforehand in place, as "file" and "other", and removes all others.
 inline constexpr size_t fileKindCount = 3;

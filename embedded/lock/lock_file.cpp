@@ -95,7 +95,7 @@ bool LockFile::openSideFile() {
     int error = errno;
     if (error != EACCES && error != EROFS && error != EPERM)
         throwSystemError(error);
-    descriptor_ = open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+    descriptor_ = open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     return descriptor_ >= 0;
 }
 
@@ -128,7 +128,7 @@ bool LockFile::takeSlot() {
 void LockFile::describeUser() {
     describedRevision_ = user_.revision();
     if (slot_ != 0 && !writeHolderSlot(descriptor_, slot_, user_.description()))
-        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+        throwSystemError(errno);
 }
 
 LockFile::~LockFile() {
@@ -136,7 +136,7 @@ LockFile::~LockFile() {
         return;
     removeLockUser(id_, slot_);
     try {
-        if (makeExclusive())
+        if (isInPlace() && makeExclusive())
             unlink(path_.c_str());
     } catch (const StatusError &) {
         // The side file stays, which harms nobody.
@@ -231,6 +231,9 @@ bool LockFile::isInContinuousOperation() {
 bool LockFile::tryLock(int64_t part, HoldKind kind) {
     if (part >= endOfRecords)
         throw StatusError{VANTREL_STATUS_NO_SYSTEM_LOCKS_AVAILABLE};
+    // Others would not see the lock. The records of a change follow its lock of the write side.
+    if ((part == writeSide || kind != HoldKind::change) && !isInPlace())
+        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
     if (describedRevision_ != user_.revision())
         describeUser();
     return trySet(F_WRLCK, part * partBytes, lengthOf(slot_, kind));

@@ -74,7 +74,8 @@ std::optional<CommitPointer> CommitPointer::find(const std::string &path) {
     std::string pointerPath = pathBeside(path);
     bool isWritable = access(pointerPath.c_str(), W_OK) == 0;
     try {
-        CommitPointer found(pointerPath, Descriptor(pointerPath, isWritable ? O_RDWR : O_RDONLY));
+        CommitPointer found(pointerPath,
+                            Descriptor(pointerPath, (isWritable ? O_RDWR : O_RDONLY) | O_NONBLOCK));
         found.lockType_ = isWritable ? F_WRLCK : F_RDLCK;
         return found;
     } catch (const StatusError &error) {

@@ -83,6 +83,7 @@ void JointCommit::placePointers() {
 void JointCommit::keepChanges() {
     RedoTables redo(coordinator_.database());
     for (SqliteStorage *file : others_) {
+        file->requireInPlace();
         file->writeState();
         Bytes identifier = RedoTables(file->database()).fileIdentifier();
         redo.keep({commit_, identifier, file->path()}, file->recorder(), RedoSeal(file->database()));

@@ -1,5 +1,6 @@
 #include "embedded/storage/sqlite_database.h"
 
+#include <cerrno>
 #include <new>
 #include <utility>
 
@@ -32,12 +33,24 @@ int32_t statusOfSqliteError(int code) {
         case SQLITE_IOERR:
         case SQLITE_CORRUPT:
         case SQLITE_PROTOCOL:
+        // The statements are right, so the tables are not what a file has.
+        case SQLITE_ERROR:
+        case SQLITE_CONSTRAINT:
+        case SQLITE_MISMATCH:
+        case SQLITE_SCHEMA:
             return VANTREL_STATUS_INPUT_OUTPUT_ERROR;
         case SQLITE_TOOBIG:
             return VANTREL_STATUS_FILE_FULL;
         default:
             return VANTREL_STATUS_UNRECOVERABLE_ERROR;
     }
+}
+
+// SQLite knows of one reason for which a write fails: no room left on the disk. The log's index, and users
+// who may not take more, are others; errno is still that of the write then.
+bool isOutOfRoom(int code) {
+    bool isWriting = code == SQLITE_IOERR_WRITE || code == SQLITE_IOERR_SHMSIZE;
+    return isWriting && (errno == ENOSPC || errno == EDQUOT || errno == EFBIG);
 }
 
 void check(int code) {
@@ -50,7 +63,7 @@ void check(int code) {
 void throwSqliteError(int code) {
     if (code == SQLITE_IOERR_NOMEM)
         throw std::bad_alloc();
-    throw StatusError{statusOfSqliteError(code)};
+    throw StatusError{statusOfSqliteError(isOutOfRoom(code) ? SQLITE_FULL : code)};
 }
 
 Statement::Statement(sqlite3 *database, const char *sql) {
@@ -116,6 +129,12 @@ void Database::open(const std::string &path, int flags) {
     int code = sqlite3_open_v2(path.c_str(), &database_, flags | SQLITE_OPEN_NOMUTEX, encryptingVfs());
     if (code == SQLITE_OK)
         code = sqlite3_extended_result_codes(database_, 1);
+    // A file's schema is whatever somebody wrote there.
+    for (int allowed :
+         {SQLITE_DBCONFIG_ENABLE_TRIGGER, SQLITE_DBCONFIG_ENABLE_VIEW, SQLITE_DBCONFIG_TRUSTED_SCHEMA}) {
+        if (code == SQLITE_OK)
+            code = sqlite3_db_config(database_, allowed, 0, nullptr);
+    }
     if (code != SQLITE_OK) {
         sqlite3_close_v2(database_);
         throwSqliteError(code);
@@ -145,6 +164,12 @@ void Database::syncLog() const {
     sqlite3_file *log = logFile();
     if (log != nullptr)
         check(log->pMethods->xSync(log, SQLITE_SYNC_NORMAL));
+}
+
+bool Database::isInPlace() const {
+    int hasMoved = 0;
+    return sqlite3_file_control(database_, "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved) != SQLITE_OK ||
+           hasMoved == 0;
 }
 
 sqlite3_file *Database::file(int control) const {

@@ -83,6 +83,9 @@ class Database {
     sqlite3_file *mainFile() const { return file(SQLITE_FCNTL_FILE_POINTER); }
     sqlite3_file *logFile() const { return file(SQLITE_FCNTL_JOURNAL_POINTER); }
 
+    // Whether the file is still found under its name.
+    bool isInPlace() const;
+
     // In a forked child: what is still done through the connection does not reach the parent's.
     void abandon();
 

@@ -54,7 +54,12 @@ FileDefinition loadDefinition(Database &database) {
     Statement select = database.prepare("SELECT specification FROM definition WHERE id = 1");
     if (!select.step())
         throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
-    return parseCreateRequest(select.bytes(0));
+    try {
+        return parseCreateRequest(select.bytes(0));
+    } catch (const StatusError &) {
+        // Refusals are for who asks for a file, not for who has one.
+        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+    }
 }
 
 void saveDefinition(Database &database, const FileDefinition &definition) {

@@ -1,5 +1,7 @@
 #include "embedded/storage/sqlite_storage.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
 
@@ -15,6 +17,7 @@ namespace {
 constexpr int waitMilliseconds = 30000;
 constexpr int cacheBudgetKiB = sizeof(void *) == 8 ? 65536 : 16384;
 constexpr int smallestCacheKiB = 1024;
+constexpr uint64_t longestRecord = INT32_MAX;
 
 // The connections of this process, which share the cache budget.
 std::atomic<int> connections{0};
@@ -22,17 +25,29 @@ std::atomic<int> connections{0};
 // In the order of the columns of every read.
 enum Column : int { addressColumn, createTimeColumn, updateTimeColumn, lengthColumn, dataColumn, keyColumn };
 
-void takeRecord(const Statement &statement, StoredRecord *record) {
+// A record that does not fit the file's definition, or itself, is thrown as an input/output error.
+void takeRecord(const Statement &statement, size_t fixedLength, StoredRecord *record) {
     record->address = statement.integer(addressColumn);
     record->createTime = static_cast<uint64_t>(statement.integer(createTimeColumn));
     record->updateTime = static_cast<uint64_t>(statement.integer(updateTimeColumn));
     record->length = static_cast<uint64_t>(statement.integer(lengthColumn));
     record->data = statement.bytes(dataColumn);
+    require(record->data.size() >= fixedLength && record->length <= longestRecord &&
+                record->data.size() == std::min(record->length, headSize),
+            VANTREL_STATUS_INPUT_OUTPUT_ERROR);
 }
 
 constexpr const char *entryColumns =
     "SELECT r.address, r.created, r.updated, r.length, r.data, e.key FROM index_%u e CROSS JOIN record r "
     "ON r.address = e.address ";
+std::string logPath(const std::string &path) {
+    return path + "-wal";
+}
+
+std::string logIndexPath(const std::string &path) {
+    return path + "-shm";
+}
+
 constexpr const char *recordColumns = "SELECT address, created, updated, length, data FROM record ";
 
 }  // namespace
@@ -53,7 +68,7 @@ SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &opti
     keepsRedo_ = RedoTables(database_).keepsAny();
     settle();
     database_.execute(
-        "PRAGMA trusted_schema = OFF; PRAGMA secure_delete = OFF; PRAGMA temp_store = MEMORY;"
+        "PRAGMA secure_delete = OFF; PRAGMA temp_store = MEMORY;"
         "PRAGMA mmap_size = 0; PRAGMA cell_size_check = ON; PRAGMA wal_autocheckpoint = 10000;"
         "PRAGMA synchronous = NORMAL");
     begin_ = database_.prepare("BEGIN");
@@ -62,12 +77,19 @@ SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &opti
     rollback_ = database_.prepare("ROLLBACK");
     readGeneration_ = database_.prepare("SELECT generation FROM definition WHERE id = 1");
     reload();
+    log_ = identityAt(logPath(path_));
+    logIndex_ = identityAt(logIndexPath(path_));
     setAccelerated(options.accelerated);
     ++connections;
 }
 
+// The log of a file that was replaced must not be taken for the other one's.
 SqliteStorage::~SqliteStorage() {
     --connections;
+    if (!log_ || database_.isInPlace() || identityAt(logPath(path_)) != log_)
+        return;
+    unlink(logPath(path_).c_str());
+    unlink(logIndexPath(path_).c_str());
 }
 
 void SqliteStorage::setAccelerated(bool accelerated) {
@@ -105,6 +127,7 @@ void SqliteStorage::beginReading() {
 
 // The header is read before the snapshot begins: a commit in between makes the comparison fail, never pass.
 void SqliteStorage::takeSnapshot() {
+    requireFileInPlace();
     settleForReading(path_);
     if (logIsOpen_)
         snapshotHeader_ = walIndex_.read(database_.mainFile());
@@ -204,7 +227,7 @@ bool SqliteStorage::advance(Scan &scan, StoredRecord *found) {
         return false;
     }
     scan.onRow = true;
-    takeRecord(scan.statement, found);
+    takeRecord(scan.statement, definition_->recordLength, found);
     scan.address = found->address;
     return true;
 }
@@ -237,7 +260,7 @@ bool SqliteStorage::findLastEntry(uint8_t index, StoredEntry *found) {
     last.reset();
     if (!last.step())
         return false;
-    takeRecord(last, &found->record);
+    takeRecord(last, definition_->recordLength, &found->record);
     found->key = last.bytes(keyColumn);
     return true;
 }
@@ -260,7 +283,7 @@ bool SqliteStorage::takeRecordAt(int64_t address, StoredRecord *found) {
     read.reset();
     if (!read.bind(1, address).step())
         return false;
-    takeRecord(read, found);
+    takeRecord(read, definition_->recordLength, found);
     return true;
 }
 
@@ -298,6 +321,7 @@ void SqliteStorage::loadState() {
         throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
     state_.recordCount = static_cast<uint64_t>(state->integer(0));
     state_.lastAddress = state->integer(1);
+    require(state_.lastAddress >= 0 && state_.lastAddress < INT64_MAX, VANTREL_STATUS_INPUT_OUTPUT_ERROR);
     state_.lastTime = static_cast<uint64_t>(state->integer(2));
     state_.uniqueCounts = unpackCounts(state->bytes(3));
     state_.uniqueCounts.resize(definition_->indexes.size());
@@ -315,6 +339,8 @@ uint64_t SqliteStorage::unusedBytes() {
 // none.
 void SqliteStorage::begin(Waiting waiting, TransactionPart part) {
     releaseSnapshot();
+    if (part != TransactionPart::none)
+        requireInPlace();
     if (!accelerated_)
         setSynchronous(part == TransactionPart::first ? Synchronous::full : Synchronous::normal);
     takeWriteSide(waiting);
@@ -381,6 +407,7 @@ void SqliteStorage::endWriting() {
 
 void SqliteStorage::commit(Durability durability) {
     try {
+        requireInPlace();
         writeState();
         commit_.run();
     } catch (...) {
@@ -483,6 +510,16 @@ void SqliteStorage::writeDefinition(const FileDefinition &definition) {
 
 // Upkeep
 
+void SqliteStorage::requireFileInPlace() const {
+    require(database_.isInPlace(), VANTREL_STATUS_FILE_NOT_FOUND);
+}
+
+void SqliteStorage::requireInPlace() {
+    requireFileInPlace();
+    require(identityAt(logPath(path_)) == log_ && identityAt(logIndexPath(path_)) == logIndex_,
+            VANTREL_STATUS_INPUT_OUTPUT_ERROR);
+}
+
 void SqliteStorage::sync() {
     if (unsynced_)
         database_.syncLog();
@@ -513,6 +550,7 @@ void SqliteStorage::verify() {
 
 void SqliteStorage::abandon() {
     database_.abandon();
+    log_.reset();
     accelerated_ = true;
 }
 

@@ -9,6 +9,7 @@
 #include "embedded/storage/sqlite_redo.h"
 #include "embedded/storage/sqlite_tail.h"
 #include "embedded/storage/storage.h"
+#include "embedded/storage/system_file.h"
 #include "embedded/storage/wal_index.h"
 
 namespace vantrel::embedded {
@@ -69,6 +70,9 @@ class SqliteStorage final : public Storage {
     bool hasChanges() const { return sqlite3_total_changes64(database_.get()) != changesBefore_; }
     // All that the write transaction changes is then in the tables.
     void writeState();
+    // A file that was removed or replaced behind the engine's back is thrown as status 12, one whose log was as
+    // an input/output error.
+    void requireInPlace();
     RedoRecorder &recorder() { return *recorder_; }
     // The file keeps changes for others that settle is to drop.
     void setKeepsRedo(bool keeps) { keepsRedo_ = keeps; }
@@ -101,6 +105,7 @@ class SqliteStorage final : public Storage {
     void reloadIfRedefined();
     void reload();
     void loadState();
+    void requireFileInPlace() const;
     bool tryBeginWriting();
     void endWriting();
     void resetScans();
@@ -128,6 +133,7 @@ class SqliteStorage final : public Storage {
     bool unsynced_ = false;
     bool accelerated_ = false;
     bool keepsRedo_ = false;
+    std::optional<FileIdentity> log_, logIndex_;  // as this connection opened them
     Synchronous synchronous_ = Synchronous::normal;
     int64_t changesBefore_ = 0;  // the write transaction
     bool scansAreOpen_ = false;

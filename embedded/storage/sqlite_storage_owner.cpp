@@ -32,6 +32,7 @@ std::optional<OwnerMode> SqliteStorage::owner() {
 }
 
 Access SqliteStorage::authenticate(ByteView name) {
+    requireInPlace();
     if (EncryptedFile *file = EncryptedFile::from(database_.mainFile()))
         return file->access(name);
     beginReading();

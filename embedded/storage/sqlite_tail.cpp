@@ -13,6 +13,7 @@ constexpr size_t pieceSize = 32768;
 constexpr size_t largestPiece = pieceSize + pieceSize / 2;
 constexpr size_t largestGroup = 256;  // pieces
 constexpr int64_t placeStride = int64_t{1} << 32;
+constexpr int64_t largestPlace = int64_t{1} << 62;
 
 [[noreturn]] void throwDamage() {
     throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
@@ -69,10 +70,10 @@ std::vector<SqliteTail::Piece> SqliteTail::piecesOf(const Group &group) {
     return found;
 }
 
-Bytes SqliteTail::bytesOf(int64_t piece) {
+Bytes SqliteTail::bytesOf(const Piece &piece) {
     StatementUse read(prepared(readPiece_, "SELECT bytes FROM piece WHERE id = ?1"));
-    read->bind(1, piece);
-    if (!read->step())
+    read->bind(1, piece.id);
+    if (!read->step() || read->bytes(0).size() != piece.length)
         throwDamage();
     return Bytes(read->bytes(0));
 }
@@ -85,9 +86,7 @@ void SqliteTail::read(int64_t address, uint64_t offset, uint64_t length, char *t
         for (const Piece &piece : piecesOf(group)) {
             if (length == 0 || offset >= piece.start + piece.length)
                 continue;
-            Bytes bytes = bytesOf(piece.id);
-            if (bytes.size() != piece.length)
-                throwDamage();
+            Bytes bytes = bytesOf(piece);
             auto within = static_cast<size_t>(offset - piece.start);
             auto count = static_cast<size_t>(std::min<uint64_t>(length, bytes.size() - within));
             memcpy(target, bytes.data() + within, count);
@@ -123,9 +122,7 @@ void SqliteTail::overwrite(int64_t address, uint64_t offset, ByteView bytes) {
                 continue;
             auto within = static_cast<size_t>(offset - piece.start);
             auto count = static_cast<size_t>(std::min<uint64_t>(bytes.size(), piece.length - within));
-            Bytes changed = count == piece.length ? Bytes(count, '\0') : bytesOf(piece.id);
-            if (changed.size() != piece.length)
-                throwDamage();
+            Bytes changed = count == piece.length ? Bytes(count, '\0') : bytesOf(piece);
             memcpy(changed.data() + within, bytes.data(), count);
             prepared(writePiece_, "UPDATE piece SET bytes = ?2 WHERE id = ?1")
                 .bind(1, piece.id)
@@ -156,7 +153,7 @@ uint64_t SqliteTail::removeSome(int64_t address, uint64_t offset, uint64_t lengt
             continue;
         }
         if (last - first < piece.length) {
-            Bytes bytes = bytesOf(piece.id);
+            Bytes bytes = bytesOf(piece);
             bytes.erase(static_cast<size_t>(first - piece.start), static_cast<size_t>(last - first));
             kept.push_back({addPiece(bytes), bytes.size(), 0});
         }
@@ -181,10 +178,8 @@ void SqliteTail::insert(int64_t address, uint64_t offset, ByteView bytes) {
     });
     Bytes joined;
     if (piece != pieces.end()) {
-        joined = bytesOf(piece->id);
+        joined = bytesOf(*piece);
         prepared(erasePiece_, "DELETE FROM piece WHERE id = ?1").bind(1, piece->id).run();
-        if (joined.size() != piece->length)
-            throwDamage();
         joined.insert(static_cast<size_t>(offset - piece->start), bytes);
         piece = pieces.erase(piece);
     } else {
@@ -254,6 +249,8 @@ void SqliteTail::addGroupBehind(int64_t address, const Group &group, const std::
             if (groups->integer(0) == group.id)
                 before = places.size();
             places.emplace_back(groups->integer(0), groups->integer(1));
+            if (places.back().second < 0 || places.back().second > largestPlace)
+                throwDamage();
         }
     }
     if (places.empty())

@@ -36,7 +36,8 @@ class SqliteTail {
 
     bool findGroup(int64_t address, uint64_t offset, bool atItsEnd, Group *group);
     std::vector<Piece> piecesOf(const Group &group);
-    Bytes bytesOf(int64_t piece);
+    // Other bytes than the piece has are thrown as an input/output error.
+    Bytes bytesOf(const Piece &piece);
     int64_t addPiece(ByteView bytes);
     void writePieces(const Group &group, const std::vector<Piece> &pieces);
     void setGroupLength(int64_t group, uint64_t length);

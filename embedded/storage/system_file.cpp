@@ -44,6 +44,13 @@ bool Descriptor::isAt(const std::string &path) const {
            opened.st_dev == placed.st_dev && opened.st_ino == placed.st_ino;
 }
 
+std::optional<FileIdentity> identityAt(const std::string &path) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return FileIdentity{status.st_dev, status.st_ino};
+}
+
 std::string directoryWith(const std::string &path) {
     return path.substr(0, path.rfind('/') + 1);
 }
