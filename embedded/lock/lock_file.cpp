@@ -128,7 +128,7 @@ bool LockFile::takeSlot() {
 void LockFile::describeUser() {
     describedRevision_ = user_.revision();
     if (slot_ != 0 && !writeHolderSlot(descriptor_, slot_, user_.description()))
-        throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
+        throwSystemError(errno);
 }
 
 LockFile::~LockFile() {

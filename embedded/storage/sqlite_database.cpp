@@ -1,17 +1,30 @@
 #include "embedded/storage/sqlite_database.h"
 
+#include <cerrno>
 #include <new>
 #include <utility>
 
 #include "embedded/storage/encrypting_vfs.h"
 #include "embedded/storage/wal_index.h"
+#include "embedded/system_error.h"
 #include "vantrel.h"
 
 namespace vantrel::embedded {
 
 namespace {
 
-int32_t statusOfSqliteError(int code) {
+bool isResourceError(int systemError) {
+    switch (statusOfErrno(systemError)) {
+        case VANTREL_STATUS_DISK_FULL:
+        case VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE:
+        case VANTREL_STATUS_NO_HANDLES_AVAILABLE:
+            return true;
+        default:
+            return systemError == EIO;
+    }
+}
+
+int32_t statusOfSqliteError(int code, int systemError) {
     switch (code & 0xFF) {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
@@ -23,6 +36,8 @@ int32_t statusOfSqliteError(int code) {
         case SQLITE_FULL:
             return VANTREL_STATUS_DISK_FULL;
         case SQLITE_CANTOPEN:
+            return isResourceError(systemError) ? statusOfErrno(systemError)
+                                                : VANTREL_STATUS_PERMISSION_ERROR;
         case SQLITE_PERM:
             return VANTREL_STATUS_PERMISSION_ERROR;
         case SQLITE_AUTH:
@@ -30,6 +45,8 @@ int32_t statusOfSqliteError(int code) {
         case SQLITE_NOTADB:
             return VANTREL_STATUS_NOT_A_VANTREL_FILE;
         case SQLITE_IOERR:
+            return isResourceError(systemError) ? statusOfErrno(systemError)
+                                                : VANTREL_STATUS_INPUT_OUTPUT_ERROR;
         case SQLITE_CORRUPT:
         case SQLITE_PROTOCOL:
             return VANTREL_STATUS_INPUT_OUTPUT_ERROR;
@@ -40,21 +57,21 @@ int32_t statusOfSqliteError(int code) {
     }
 }
 
-void check(int code) {
+void check(int code, sqlite3 *database) {
     if (code != SQLITE_OK)
-        throwSqliteError(code);
+        throwSqliteError(code, sqlite3_system_errno(database));
 }
 
 }  // namespace
 
-void throwSqliteError(int code) {
+void throwSqliteError(int code, int systemError) {
     if (code == SQLITE_IOERR_NOMEM)
         throw std::bad_alloc();
-    throw StatusError{statusOfSqliteError(code)};
+    throw StatusError{statusOfSqliteError(code, systemError)};
 }
 
 Statement::Statement(sqlite3 *database, const char *sql) {
-    check(sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr));
+    check(sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr), database);
 }
 
 Statement &Statement::operator=(Statement &&other) noexcept {
@@ -63,14 +80,15 @@ Statement &Statement::operator=(Statement &&other) noexcept {
 }
 
 Statement &Statement::bind(int parameter, int64_t value) {
-    check(sqlite3_bind_int64(statement_, parameter, value));
+    check(sqlite3_bind_int64(statement_, parameter, value), sqlite3_db_handle(statement_));
     return *this;
 }
 
 Statement &Statement::bind(int parameter, ByteView bytes) {
     // A null pointer would bind NULL rather than no bytes.
     const char *first = bytes.empty() ? "" : bytes.data();
-    check(sqlite3_bind_blob64(statement_, parameter, first, bytes.size(), SQLITE_STATIC));
+    check(sqlite3_bind_blob64(statement_, parameter, first, bytes.size(), SQLITE_STATIC),
+          sqlite3_db_handle(statement_));
     return *this;
 }
 
@@ -80,8 +98,9 @@ bool Statement::step() {
         return true;
     if (code == SQLITE_DONE)
         return false;
+    int systemError = sqlite3_system_errno(sqlite3_db_handle(statement_));
     sqlite3_reset(statement_);
-    throwSqliteError(code);
+    throwSqliteError(code, systemError);
 }
 
 void Statement::run() {
@@ -117,8 +136,9 @@ void Database::open(const std::string &path, int flags) {
     if (code == SQLITE_OK)
         code = sqlite3_extended_result_codes(database_, 1);
     if (code != SQLITE_OK) {
+        int systemError = sqlite3_system_errno(database_);
         sqlite3_close_v2(database_);
-        throwSqliteError(code);
+        throwSqliteError(code, systemError);
     }
 }
 
@@ -128,7 +148,7 @@ Database &Database::operator=(Database &&other) noexcept {
 }
 
 void Database::execute(const std::string &sql) {
-    check(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr));
+    check(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr), database_);
 }
 
 int64_t Database::integer(const char *sql) {
@@ -143,8 +163,9 @@ void Database::abandon() {
 
 void Database::syncLog() const {
     sqlite3_file *log = logFile();
-    if (log != nullptr)
-        check(log->pMethods->xSync(log, SQLITE_SYNC_NORMAL));
+    int code = log == nullptr ? SQLITE_OK : log->pMethods->xSync(log, SQLITE_SYNC_NORMAL);
+    if (code != SQLITE_OK)
+        throwSqliteError(code, errno);
 }
 
 sqlite3_file *Database::file(int control) const {
