@@ -23,6 +23,7 @@ inline int32_t statusOfErrno(int error) {
             return VANTREL_STATUS_FILE_NAME_BAD;
         case ENOSPC:
         case EDQUOT:
+        case EFBIG:
             return VANTREL_STATUS_DISK_FULL;
         case ENOMEM:
             return VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE;

@@ -29,7 +29,14 @@ bool writeHolderSlot(int descriptor, uint16_t slot, const HolderDescription &des
     storeU32(bytes.data() + flagsOffset, description.transactionNeverWaits ? flagNeverWaits : 0);
     storeU64(bytes.data() + transactionStartOffset, description.transactionStart);
     std::copy(description.name.begin(), description.name.end(), bytes.begin() + nameOffset);
-    return pwrite(descriptor, bytes.data(), bytes.size(), offsetOf(slot)) == ssize_t{slotSize};
+    for (size_t written = 0; written < slotSize;) {
+        ssize_t more = pwrite(descriptor, bytes.data() + written, slotSize - written,
+                              offsetOf(slot) + static_cast<off_t>(written));
+        if (more < 0)
+            return false;
+        written += static_cast<size_t>(more);
+    }
+    return true;
 }
 
 std::optional<HolderDescription> readHolderSlot(int descriptor, uint16_t slot) {

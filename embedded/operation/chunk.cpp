@@ -172,11 +172,12 @@ int32_t changeChunk(Session &session, Request &request) {
     applyEdit(edit, old, file.storage(), &edited);
     if (auto duplicate = change.prepareEdit(old, edited.head, edited.length, edited.tail))
         return refuseDuplicate(position, *duplicate);
+    scope.noteVersionBefore(old.address, old.updateTime);
     scope.beginChanges();
     auto [address, version] = change.apply();
     scope.commit();
 
-    file.recordChanged(address, old.updateTime, version, session.insideTransaction());
+    file.recordChanged(address, old.updateTime, version);
     settleLocks(session, position, address);
     rememberEnd(position, address, edit.offset + edit.inserted.size());
     return VANTREL_STATUS_NO_ERROR;

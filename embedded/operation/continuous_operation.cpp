@@ -54,11 +54,13 @@ int32_t end(Session &session, const Paths &paths) {
             return VANTREL_STATUS_OPERATION_NOT_ALLOWED;
     }
     for (const std::string &path : paths) {
-        auto ended = session.continuousOperations.extract(path);
+        auto ended = session.continuousOperations.find(path);
+        if (ended == session.continuousOperations.end())
+            continue;
         if (OpenFile *file = session.findFile(path))
             file->storage().releaseSnapshot();
-        if (!ended.empty())
-            ended.mapped()->end();
+        ended->second->end();
+        session.continuousOperations.erase(ended);
     }
     return VANTREL_STATUS_NO_ERROR;
 }

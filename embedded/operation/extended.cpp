@@ -97,6 +97,7 @@ int32_t deletePassing(RecordScan &scan, OpenFile &file, ChangeScope &scope, Exte
         scan.examineDeleted(entry);
         reply.add(entry.record.address, static_cast<size_t>(entry.record.length), 0);
         versions->push_back(entry.record.updateTime);
+        scope.noteVersionBefore(entry.record.address, entry.record.updateTime);
         change.prepareDelete(entry.record);
         scope.beginChanges();
         change.apply();

@@ -67,7 +67,7 @@ int32_t ExtendedInsert::insert(ByteView bytes) {
     scope.beginChanges();
     auto [address, version] = change.apply();
     addresses.push_back(address);
-    position.file->recordInserted(address, session.insideTransaction());
+    scope.noteVersionBefore(address, std::nullopt);
     lastVersion = version;
     const Bytes *key = index == nullptr ? nullptr : change.newKey(index->number);
     lastKey = key == nullptr ? std::nullopt : std::optional<Bytes>(*key);

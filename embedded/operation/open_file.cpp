@@ -65,22 +65,20 @@ void OpenFile::unlockAll(Position &position) {
 void OpenFile::unlockTransaction() {
     recordLocks_.releaseAllChanged();
     for (Position *position : positions_) {
-        std::map<int64_t, bool> locks = position->locks;
-        for (auto [address, insideTransaction] : locks) {
+        for (auto lock = position->locks.begin(); lock != position->locks.end();) {
+            auto [address, insideTransaction] = *lock++;
             if (insideTransaction)
                 unlock(*position, address);
         }
     }
 }
 
-void OpenFile::recordInserted(int64_t address, bool insideTransaction) {
+void OpenFile::noteVersionBefore(int64_t address, std::optional<uint64_t> before, bool insideTransaction) {
     if (insideTransaction)
-        versionsBefore_.emplace(address, std::nullopt);
+        versionsBefore_.try_emplace(address, before);
 }
 
-void OpenFile::recordChanged(int64_t address, uint64_t before, uint64_t after, bool insideTransaction) {
-    if (insideTransaction)
-        versionsBefore_.emplace(address, before);
+void OpenFile::recordChanged(int64_t address, uint64_t before, uint64_t after) {
     for (Position *position : positions_) {
         if (position->isOn(address) && position->version == before)
             position->version = after;
@@ -88,8 +86,6 @@ void OpenFile::recordChanged(int64_t address, uint64_t before, uint64_t after, b
 }
 
 void OpenFile::recordDeleted(Position &deleter, int64_t address, uint64_t before, bool insideTransaction) {
-    if (insideTransaction)
-        versionsBefore_.emplace(address, before);
     for (Position *position : positions_) {
         if (!position->isOn(address) || position->version != before)
             continue;

@@ -37,9 +37,10 @@ class OpenFile {
     void unlockAll(Position &position);
     void unlockTransaction();
 
+    // The version of a record that the transaction changes, none where it inserts it.
+    void noteVersionBefore(int64_t address, std::optional<uint64_t> before, bool insideTransaction);
     // This session's own changes are no conflict for its positions that had read the version before.
-    void recordInserted(int64_t address, bool insideTransaction);
-    void recordChanged(int64_t address, uint64_t before, uint64_t after, bool insideTransaction);
+    void recordChanged(int64_t address, uint64_t before, uint64_t after);
     void recordDeleted(Position &deleter, int64_t address, uint64_t before, bool insideTransaction);
     // The transaction's changes were taken back: what was current before them is so again, and what they
     // inserted is not.

@@ -90,7 +90,7 @@ void Session::removeFileIfUnused(OpenFile &file) {
         file.storage().setAccelerated(false);
         file.storage().sync();
     }
-    files_.erase(std::string(file.path()));
+    files_.erase(files_.find(file.path()));
 }
 
 void Session::takeForChange(OpenFile &file) {
@@ -147,18 +147,22 @@ void Session::rollbackTransaction() {
     endTransaction();
 }
 
+// Allocates nothing, since the transaction has ended.
 void Session::endTransaction() {
     transaction = TransactionKind::none;
     transactionLock = LockBias::none;
     transactionIsDoomed = false;
     lockUser.endTransaction();
-    std::vector<OpenFile *> open;
-    for (auto &[path, file] : files_) {
+    for (auto &[path, file] : files_)
         file->unlockTransaction();
-        open.push_back(file.get());
+    for (auto next = files_.begin(); next != files_.end();) {
+        OpenFile &file = *(next++)->second;
+        try {
+            removeFileIfUnused(file);
+        } catch (...) {
+            // What could not be synced stays open; the background tries again.
+        }
     }
-    for (OpenFile *file : open)
-        removeFileIfUnused(*file);
 }
 
 void Session::reset() {

@@ -103,6 +103,10 @@ class ChangeScope {
 
     // From here on a failure leaves something half done.
     void beginChanges() { hasBegun_ = true; }
+    // Of a record that changes, or none where it is new: before the commit, since nothing may fail behind it.
+    void noteVersionBefore(int64_t address, std::optional<uint64_t> before) {
+        file_.noteVersionBefore(address, before, session_.insideTransaction());
+    }
     void commit();
 
     // Locks a record that is to change, until the change has ended or, inside the session's transaction, that

@@ -33,14 +33,16 @@ inline Position &positionForStructure(Session &session, const Request &request) 
 // Takes the changes back unless they were committed.
 class StructuralChange {
   public:
-    explicit StructuralChange(Storage &storage) : storage_(storage) { storage.begin(Waiting::no); }
+    explicit StructuralChange(Storage &storage) : storage_(storage) {
+        storage.begin(Waiting::no, TransactionPart::first);
+    }
     ~StructuralChange() {
         if (storage_.isWriting())
             storage_.rollback();
     }
     StructuralChange(const StructuralChange &) = delete;
     StructuralChange &operator=(const StructuralChange &) = delete;
-    void commit() { storage_.commit(Durability::synced); }
+    void commit() { commitTogether({&storage_}); }
 
   private:
     Storage &storage_;

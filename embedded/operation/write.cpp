@@ -22,18 +22,21 @@ int32_t insertRecord(Session &session, Request &request) {
         return refuseDuplicate(position, *duplicate);
     scope.beginChanges();
     auto [address, version] = change.apply();
+    scope.noteVersionBefore(address, std::nullopt);
+    std::optional<LogicalPlace> place;
+    if (const Bytes *key = index == nullptr ? nullptr : change.newKey(index->number))
+        place = LogicalPlace{index->number, *key, address};
+    if (index != nullptr)
+        deliverKey(request, *index, change.record());
     scope.commit();
 
-    // The caller's bytes may be constant: they are written only where a field was filled in.
+    // Nothing fails from here on. The caller's bytes may be constant: they are written only where a field was
+    // filled in.
     if (!record.empty() && memcmp(request.data, record.data(), record.size()) != 0)
         memcpy(request.data, record.data(), record.size());
-    file.recordInserted(address, session.insideTransaction());
     position.setCurrent(address, version);
-    if (index != nullptr) {
-        if (const Bytes *key = change.newKey(index->number))
-            position.setLogical(index->number, *key, address);
-        deliverKey(request, *index, change.record());
-    }
+    if (place)
+        position.logical = std::move(place);
     return VANTREL_STATUS_NO_ERROR;
 }
 
@@ -49,11 +52,12 @@ int32_t updateRecord(Session &session, Request &request) {
     StoredRecord old = currentRecord(scope, position);
     if (auto duplicate = change.prepareUpdate(old, record))
         return refuseDuplicate(position, *duplicate);
+    scope.noteVersionBefore(old.address, old.updateTime);
     scope.beginChanges();
     auto [address, version] = change.apply();
     scope.commit();
 
-    file.recordChanged(address, old.updateTime, version, session.insideTransaction());
+    file.recordChanged(address, old.updateTime, version);
     settleLocks(session, position, address);
     return VANTREL_STATUS_NO_ERROR;
 }
@@ -68,6 +72,7 @@ int32_t deleteRecord(Session &session, Request &request) {
     RecordChange change(file.storage());
     StoredRecord old = currentRecord(scope, position);
     change.prepareDelete(old);
+    scope.noteVersionBefore(old.address, old.updateTime);
     scope.beginChanges();
     int64_t address = change.apply().address;
     scope.commit();

@@ -6,13 +6,25 @@
 
 #include "embedded/storage/encrypting_vfs.h"
 #include "embedded/storage/wal_index.h"
+#include "embedded/system_error.h"
 #include "vantrel.h"
 
 namespace vantrel::embedded {
 
 namespace {
 
-int32_t statusOfSqliteError(int code) {
+bool isResourceError(int systemError) {
+    switch (statusOfErrno(systemError)) {
+        case VANTREL_STATUS_DISK_FULL:
+        case VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE:
+        case VANTREL_STATUS_NO_HANDLES_AVAILABLE:
+            return true;
+        default:
+            return systemError == EIO;
+    }
+}
+
+int32_t statusOfSqliteError(int code, int systemError) {
     switch (code & 0xFF) {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
@@ -24,6 +36,8 @@ int32_t statusOfSqliteError(int code) {
         case SQLITE_FULL:
             return VANTREL_STATUS_DISK_FULL;
         case SQLITE_CANTOPEN:
+            return isResourceError(systemError) ? statusOfErrno(systemError)
+                                                : VANTREL_STATUS_PERMISSION_ERROR;
         case SQLITE_PERM:
             return VANTREL_STATUS_PERMISSION_ERROR;
         case SQLITE_AUTH:
@@ -31,6 +45,8 @@ int32_t statusOfSqliteError(int code) {
         case SQLITE_NOTADB:
             return VANTREL_STATUS_NOT_A_VANTREL_FILE;
         case SQLITE_IOERR:
+            return isResourceError(systemError) ? statusOfErrno(systemError)
+                                                : VANTREL_STATUS_INPUT_OUTPUT_ERROR;
         case SQLITE_CORRUPT:
         case SQLITE_PROTOCOL:
         // The statements are right, so the tables are not what a file has.
@@ -46,28 +62,24 @@ int32_t statusOfSqliteError(int code) {
     }
 }
 
-// SQLite knows of one reason for which a write fails: no room left on the disk. The log's index, and users
-// who may not take more, are others; errno is still that of the write then.
-bool isOutOfRoom(int code) {
-    bool isWriting = code == SQLITE_IOERR_WRITE || code == SQLITE_IOERR_SHMSIZE;
-    return isWriting && (errno == ENOSPC || errno == EDQUOT || errno == EFBIG);
-}
-
-void check(int code) {
+void check(int code, sqlite3 *database) {
     if (code != SQLITE_OK)
-        throwSqliteError(code);
+        throwSqliteError(code, sqlite3_system_errno(database));
 }
 
 }  // namespace
 
-void throwSqliteError(int code) {
+void throwSqliteError(int code, int systemError) {
     if (code == SQLITE_IOERR_NOMEM)
         throw std::bad_alloc();
-    throw StatusError{statusOfSqliteError(isOutOfRoom(code) ? SQLITE_FULL : code)};
+    // SQLite keeps no number for the log's index; errno is still that of the write then.
+    if (code == SQLITE_IOERR_SHMSIZE)
+        systemError = errno;
+    throw StatusError{statusOfSqliteError(code, systemError)};
 }
 
 Statement::Statement(sqlite3 *database, const char *sql) {
-    check(sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr));
+    check(sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr), database);
 }
 
 Statement &Statement::operator=(Statement &&other) noexcept {
@@ -76,14 +88,15 @@ Statement &Statement::operator=(Statement &&other) noexcept {
 }
 
 Statement &Statement::bind(int parameter, int64_t value) {
-    check(sqlite3_bind_int64(statement_, parameter, value));
+    check(sqlite3_bind_int64(statement_, parameter, value), sqlite3_db_handle(statement_));
     return *this;
 }
 
 Statement &Statement::bind(int parameter, ByteView bytes) {
     // A null pointer would bind NULL rather than no bytes.
     const char *first = bytes.empty() ? "" : bytes.data();
-    check(sqlite3_bind_blob64(statement_, parameter, first, bytes.size(), SQLITE_STATIC));
+    check(sqlite3_bind_blob64(statement_, parameter, first, bytes.size(), SQLITE_STATIC),
+          sqlite3_db_handle(statement_));
     return *this;
 }
 
@@ -93,8 +106,9 @@ bool Statement::step() {
         return true;
     if (code == SQLITE_DONE)
         return false;
+    int systemError = sqlite3_system_errno(sqlite3_db_handle(statement_));
     sqlite3_reset(statement_);
-    throwSqliteError(code);
+    throwSqliteError(code, systemError);
 }
 
 void Statement::run() {
@@ -136,8 +150,9 @@ void Database::open(const std::string &path, int flags) {
             code = sqlite3_db_config(database_, allowed, 0, nullptr);
     }
     if (code != SQLITE_OK) {
+        int systemError = sqlite3_system_errno(database_);
         sqlite3_close_v2(database_);
-        throwSqliteError(code);
+        throwSqliteError(code, systemError);
     }
 }
 
@@ -147,7 +162,7 @@ Database &Database::operator=(Database &&other) noexcept {
 }
 
 void Database::execute(const std::string &sql) {
-    check(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr));
+    check(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr), database_);
 }
 
 int64_t Database::integer(const char *sql) {
@@ -162,8 +177,9 @@ void Database::abandon() {
 
 void Database::syncLog() const {
     sqlite3_file *log = logFile();
-    if (log != nullptr)
-        check(log->pMethods->xSync(log, SQLITE_SYNC_NORMAL));
+    int code = log == nullptr ? SQLITE_OK : log->pMethods->xSync(log, SQLITE_SYNC_NORMAL);
+    if (code != SQLITE_OK)
+        throwSqliteError(code, errno);
 }
 
 bool Database::isInPlace() const {

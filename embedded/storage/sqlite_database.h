@@ -12,7 +12,8 @@
 
 namespace vantrel::embedded {
 
-[[noreturn]] void throwSqliteError(int code);
+// The error number of the system call that failed, where one did, tells a full disk from a broken one.
+[[noreturn]] void throwSqliteError(int code, int systemError = 0);
 
 // A prepared statement that goes with its owner. Texts and blobs bound must outlive the next reset.
 class Statement {

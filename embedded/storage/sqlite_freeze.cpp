@@ -40,9 +40,11 @@ bool SqliteFreeze::hold() {
     return false;
 }
 
-// The changes made meanwhile go into the database at once, except for those that a long read holds back.
+// The changes made meanwhile go into the database at once, except for those that a long read holds back. After
+// a failure it can be called again.
 void SqliteFreeze::end() {
-    database_.execute("COMMIT");
+    if (sqlite3_get_autocommit(database_.get()) == 0)
+        database_.execute("COMMIT");
     database_.integer(emptyTheLog);
 }
 

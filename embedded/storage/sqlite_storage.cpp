@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 
 #include "embedded/storage/commit_pointer.h"
 #include "embedded/storage/pending_commit.h"
@@ -132,10 +133,15 @@ void SqliteStorage::takeSnapshot() {
     if (logIsOpen_)
         snapshotHeader_ = walIndex_.read(database_.mainFile());
     begin_.run();
+    try {
+        reloadIfRedefined();
+        shareCache();
+    } catch (...) {
+        endReading();
+        throw;
+    }
     reading_ = true;
-    reloadIfRedefined();
     logIsOpen_ = true;
-    shareCache();
 }
 
 bool SqliteStorage::snapshotIsCurrent() {
@@ -146,8 +152,14 @@ void SqliteStorage::releaseSnapshot() {
     if (!reading_)
         return;
     resetScans();
-    commit_.run();
+    endReading();
     reading_ = false;
+}
+
+// SQLite may have ended the transaction on its own after a failure.
+void SqliteStorage::endReading() {
+    if (sqlite3_get_autocommit(database_.get()) == 0)
+        commit_.run();
 }
 
 void SqliteStorage::reloadIfRedefined() {
@@ -210,12 +222,11 @@ Statement &SqliteStorage::prepared(Statement &statement, uint8_t index, const ch
     if (!statement) {
         if (!hasIndex(index))
             throw StatusError{VANTREL_STATUS_INVALID_INDEX_NUMBER};
-        char *sql = sqlite3_mprintf(head, static_cast<unsigned>(index));
+        std::unique_ptr<char, decltype(&sqlite3_free)> sql(
+            sqlite3_mprintf(head, static_cast<unsigned>(index)), sqlite3_free);
         if (sql == nullptr)
             throw std::bad_alloc();
-        std::string text = std::string(sql) + tail;
-        sqlite3_free(sql);
-        statement = database_.prepare(text.c_str());
+        statement = database_.prepare((std::string(sql.get()) + tail).c_str());
     }
     return statement;
 }
@@ -344,14 +355,12 @@ void SqliteStorage::begin(Waiting waiting, TransactionPart part) {
     if (!accelerated_)
         setSynchronous(part == TransactionPart::first ? Synchronous::full : Synchronous::normal);
     takeWriteSide(waiting);
-    while (CommitPointer::isBeside(path_)) {
-        rollback_.run();
-        writeGate_->leave();
-        settleForWriting(path_, waiting);
-        takeWriteSide(waiting);
-    }
-    writing_ = true;
     try {
+        while (CommitPointer::isBeside(path_)) {
+            rollback();
+            settleForWriting(path_, waiting);
+            takeWriteSide(waiting);
+        }
         reloadIfRedefined();
         loadState();
         if (part == TransactionPart::further)
@@ -366,6 +375,7 @@ void SqliteStorage::begin(Waiting waiting, TransactionPart part) {
 
 void SqliteStorage::takeWriteSide(Waiting waiting) {
     writeGate_->enter(waiting, [this] { return tryBeginWriting(); });
+    writing_ = true;
 }
 
 void SqliteStorage::writeState() {

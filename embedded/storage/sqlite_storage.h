@@ -102,6 +102,7 @@ class SqliteStorage final : public Storage {
     void takeWriteSide(Waiting waiting);
     void beginReading();
     void takeSnapshot();
+    void endReading();
     void reloadIfRedefined();
     void reload();
     void loadState();

@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "embedded/commit/child_process.h"
-#include "embedded/commit/system_calls.h"
+#include "embedded/system_calls.h"
 #include "embedded/commit/three_files.h"
 
 namespace vantrel::test {

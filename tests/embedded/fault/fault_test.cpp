@@ -1,0 +1,69 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "embedded/fault/run.h"
+
+// Each piece of work is done again and again, while one event after the other fails in it.
+
+namespace {
+
+using namespace vantrel::test;
+
+// With VANTREL_FAULTS=all every event fails once; otherwise so many of each kind, spread evenly.
+uint64_t triedOf(FaultKind kind) {
+    const char *wanted = getenv("VANTREL_FAULTS");
+    if (wanted != nullptr && strcmp(wanted, "all") == 0)
+        return Injection::never;
+    switch (kind) {
+        case FaultKind::callFails:
+            return 4;
+        case FaultKind::allocationFails:
+            return 6;
+        default:
+            return 2;
+    }
+}
+
+std::vector<uint64_t> numbersToTry(uint64_t count, uint64_t most) {
+    std::vector<uint64_t> numbers;
+    for (uint64_t part = 0; part < std::min(count, most); ++part)
+        numbers.push_back(1 + (most >= count ? part : part * (count - 1) / (most - 1)));
+    return numbers;
+}
+
+std::string nameOfScenario(const testing::TestParamInfo<Scenario> &info) {
+    return info.param.name;
+}
+
+class FaultTest : public testing::TestWithParam<Scenario> {};
+
+TEST_P(FaultTest, AllOrNoneAndWorkGoesOn) {
+    constexpr int mostShown = 5;
+    warmUpCiphers();
+    ScenarioRun run(GetParam());
+    if (HasFailure())
+        return;
+    std::string wrong;
+    int shown = 0;
+    for (size_t number = 0; number < faultKinds; ++number) {
+        auto kind = static_cast<FaultKind>(number);
+        uint64_t count = run.count(kind);
+        std::vector<uint64_t> events = numbersToTry(count, triedOf(kind));
+        int failed = 0;
+        for (uint64_t event : events) {
+            std::string problems = run.check(kind, event);
+            failed += problems.empty() ? 0 : 1;
+            if (!problems.empty() && ++shown <= mostShown)
+                wrong += std::string(nameOf(kind)) + ' ' + std::to_string(event) + ": " + problems + '\n';
+        }
+        printf("%s: %zu of %llu injected, %d wrong\n", nameOf(kind), events.size(),
+               static_cast<unsigned long long>(count), failed);
+    }
+    EXPECT_TRUE(wrong.empty()) << wrong;
+}
+
+INSTANTIATE_TEST_SUITE_P(, FaultTest, testing::ValuesIn(scenarios()), nameOfScenario);
+
+}  // namespace
