@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -12,9 +13,13 @@ namespace {
 using namespace vantrel::test;
 
 // With VANTREL_FAULTS=all every event fails once; otherwise so many of each kind, spread evenly.
-uint64_t triedOf(FaultKind kind) {
+bool triesAll() {
     const char *wanted = getenv("VANTREL_FAULTS");
-    if (wanted != nullptr && strcmp(wanted, "all") == 0)
+    return wanted != nullptr && strcmp(wanted, "all") == 0;
+}
+
+uint64_t triedOf(FaultKind kind) {
+    if (triesAll())
         return Injection::never;
     switch (kind) {
         case FaultKind::callFails:
@@ -62,6 +67,21 @@ TEST_P(FaultTest, AllOrNoneAndWorkGoesOn) {
                static_cast<unsigned long long>(count), failed);
     }
     EXPECT_TRUE(wrong.empty()) << wrong;
+}
+
+// Synced bytes and names survive, of the others some.
+TEST_P(FaultTest, PowerLossLeavesWhatIsDurable) {
+    bool isDurable = std::any_of(GetParam().work.begin(), GetParam().work.end(),
+                                 [](const Step &step) { return step.isDurable; });
+    if (!isDurable || GetParam().isInBackground)
+        return;
+    warmUpCiphers();
+    ScenarioRun run(GetParam());
+    if (HasFailure())
+        return;
+    std::string wrong = run.checkPowerLoss(triesAll() ? 1 : 5);
+    printf("%zu images of the disk\n", run.images());
+    EXPECT_TRUE(run.images() > 2 && wrong.empty()) << wrong;
 }
 
 INSTANTIATE_TEST_SUITE_P(, FaultTest, testing::ValuesIn(scenarios()), nameOfScenario);

@@ -150,7 +150,8 @@ std::vector<Scenario> openingScenarios() {
         {.name = "CloseTheLastAccelerated",
          .prepare = prepareFile,
          .begin = [](World &world) { ASSERT_EQ(world.open("file", accelerated), 0); },
-         .work = {insert, {.run = close.run, .isDurable = true}}},
+         .work = {insert, {.run = close.run, .isDurable = true}},
+         .isUnsafeUntilEnd = true},
     };
 }
 

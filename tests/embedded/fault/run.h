@@ -21,6 +21,9 @@ class ScenarioRun {
     uint64_t count(FaultKind kind) const { return counts_[static_cast<size_t>(kind)]; }
     // What is wrong after the failure of one event; empty where nothing is.
     std::string check(FaultKind kind, uint64_t number);
+    // What is wrong where power is lost during the work, at every so many calls of the system, or behind it.
+    std::string checkPowerLoss(size_t stride);
+    size_t images() const { return images_; }
 
   private:
     class Worker;
@@ -31,6 +34,7 @@ class ScenarioRun {
     };
 
     void takeReference();
+    std::string workWithImages(const std::string &target, size_t stride) const;
     static Found findIn(const std::string &directory);
     Found findCopy();
     std::string checkAfterDeath(const Found &found, size_t step, bool mayHaveHappened) const;
@@ -45,6 +49,7 @@ class ScenarioRun {
     std::string leftOver_;
     Holdings held_;
     Injection::Counts counts_{};
+    size_t images_ = 0;
 };
 
 }  // namespace vantrel::test

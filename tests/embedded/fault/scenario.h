@@ -67,6 +67,8 @@ struct Scenario {
     bool isTransaction = false;
     // What is left for the engine's own thread, in which it then fails.
     bool isInBackground = false;
+    // Power loss may damage the file until all of the work is done.
+    bool isUnsafeUntilEnd = false;
     // The process that prepares dies instead of closing.
     bool prepareDies = false;
 };
