@@ -83,10 +83,12 @@ SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &opti
     ++connections;
 }
 
-// The log of a file that was replaced must not be taken for the other one's.
+// The log of a file that was replaced must not be taken for the other one's. One that is only gone may come
+// back.
 SqliteStorage::~SqliteStorage() {
     --connections;
-    if (!log_ || database_.isInPlace() || identityAt(logPath(path_)) != log_)
+    bool isReplaced = !database_.isInPlace() && identityAt(path_);
+    if (!isReplaced || !log_ || identityAt(logPath(path_)) != log_)
         return;
     unlink(logPath(path_).c_str());
     unlink(logIndexPath(path_).c_str());
@@ -162,6 +164,7 @@ void SqliteStorage::reload() {
     definition_ = std::make_shared<FileDefinition>(loadDefinition(database_));
     StatementUse generation(readGeneration_);
     generation_ = generation->step() ? generation->integer(0) : -1;
+    require(generation_ >= 0 && generation_ < INT64_MAX, VANTREL_STATUS_INPUT_OUTPUT_ERROR);
     counts_.load();
 }
 
