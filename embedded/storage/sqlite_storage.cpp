@@ -164,7 +164,6 @@ void SqliteStorage::reload() {
     definition_ = std::make_shared<FileDefinition>(loadDefinition(database_));
     StatementUse generation(readGeneration_);
     generation_ = generation->step() ? generation->integer(0) : -1;
-    require(generation_ >= 0 && generation_ < INT64_MAX, VANTREL_STATUS_INPUT_OUTPUT_ERROR);
     counts_.load();
 }
 

@@ -144,7 +144,7 @@ const SqlDamage damages[] = {
     {"plain", "UPDATE definition SET specification = randomblob(10000)", "2 2"},
     {"plain", "UPDATE definition SET specification = zeroblob(1000000)", "2 2"},
     {"plain", "DELETE FROM definition", "2 2"},
-    {"plain", "UPDATE definition SET generation = 9223372036854775807", "2 2"},
+    {"plain", "UPDATE definition SET generation = 9223372036854775807", "0 0"},
     {"plain", "DELETE FROM state", "2 0"},
     {"plain", "UPDATE state SET last_address = 9223372036854775807", "2 0"},
     {"plain", "UPDATE state SET last_address = -5", "2 0"},
