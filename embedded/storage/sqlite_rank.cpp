@@ -35,7 +35,7 @@ void SqliteStorage::finishCounts() {
     if (!counts_.isReshaped())
         return;
     database_.execute("UPDATE definition SET generation = generation + 1 WHERE id = 1");
-    ++generation_;
+    generation_ = database_.integer("SELECT generation FROM definition WHERE id = 1");
 }
 
 std::optional<Rank> SqliteStorage::rankOf(uint8_t order, ByteView key, int64_t address) {

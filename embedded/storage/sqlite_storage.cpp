@@ -84,10 +84,12 @@ SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &opti
     ++connections;
 }
 
-// The log of a file that was replaced must not be taken for the other one's.
+// The log of a file that was replaced must not be taken for the other one's. One that is only gone may come
+// back.
 SqliteStorage::~SqliteStorage() {
     --connections;
-    if (!log_ || database_.isInPlace() || identityAt(logPath(path_)) != log_)
+    bool isReplaced = !database_.isInPlace() && identityAt(path_);
+    if (!isReplaced || !log_ || identityAt(logPath(path_)) != log_)
         return;
     unlink(logPath(path_).c_str());
     unlink(logIndexPath(path_).c_str());

@@ -68,7 +68,9 @@ TEST_F(RemovedFileTest, NothingIsAcknowledgedIntoARemovedFile) {
     EngineSession::PositionBlock second{};
     EXPECT_EQ(session.open(&second, path), notFound);
     EXPECT_EQ(session.call(1, &block).status, 0);
-    EXPECT_TRUE(directory.names().empty());
+    EXPECT_EQ(directory.names(), (std::vector<std::string>{"file-shm", "file-wal"}));
+    createWithRecords(path, "xyz");
+    EXPECT_EQ(recordsIn(path), "xyz");
 }
 
 TEST_F(RemovedFileTest, ATransactionOverARemovedFileDoesNotEnd) {
@@ -112,6 +114,14 @@ TEST_F(RemovedFileTest, AFileMovedAwayKeepsWhatItHad) {
     EXPECT_EQ(insert("ffff"), 0);
     EXPECT_EQ(session.call(1, &block).status, 0);
     EXPECT_EQ(recordsIn(path), "abcdef");
+}
+
+TEST_F(RemovedFileTest, AFileClosedWhileItIsAwayLosesNothing) {
+    EXPECT_EQ(insert("eeee"), 0);
+    ASSERT_EQ(rename(path.c_str(), (directory / "moved").c_str()), 0);
+    EXPECT_EQ(session.call(1, &block).status, 0);
+    ASSERT_EQ(rename((directory / "moved").c_str(), path.c_str()), 0);
+    EXPECT_EQ(recordsIn(path), "abcde");
 }
 
 TEST_F(RemovedFileTest, AReplacedFileIsNotTakenForTheOther) {
