@@ -64,17 +64,20 @@ int32_t statusOfSqliteError(int code, int systemError) {
 
 void check(int code, sqlite3 *database) {
     if (code != SQLITE_OK)
-        throwSqliteError(code, sqlite3_system_errno(database));
+        throwSqliteError(code, systemErrorOf(code, database));
 }
 
 }  // namespace
 
+// SQLite keeps no number for some writes; errno is still that of the one that failed then.
+int systemErrorOf(int code, sqlite3 *database) {
+    bool isWriting = code == SQLITE_IOERR_WRITE || code == SQLITE_IOERR_SHMSIZE;
+    return isWriting ? errno : sqlite3_system_errno(database);
+}
+
 void throwSqliteError(int code, int systemError) {
     if (code == SQLITE_IOERR_NOMEM)
         throw std::bad_alloc();
-    // SQLite keeps no number for the log's index; errno is still that of the write then.
-    if (code == SQLITE_IOERR_SHMSIZE)
-        systemError = errno;
     throw StatusError{statusOfSqliteError(code, systemError)};
 }
 
@@ -106,7 +109,7 @@ bool Statement::step() {
         return true;
     if (code == SQLITE_DONE)
         return false;
-    int systemError = sqlite3_system_errno(sqlite3_db_handle(statement_));
+    int systemError = systemErrorOf(code, sqlite3_db_handle(statement_));
     sqlite3_reset(statement_);
     throwSqliteError(code, systemError);
 }
@@ -150,7 +153,7 @@ void Database::open(const std::string &path, int flags) {
             code = sqlite3_db_config(database_, allowed, 0, nullptr);
     }
     if (code != SQLITE_OK) {
-        int systemError = sqlite3_system_errno(database_);
+        int systemError = systemErrorOf(code, database_);
         sqlite3_close_v2(database_);
         throwSqliteError(code, systemError);
     }

@@ -40,8 +40,8 @@ bool SqliteFreeze::hold() {
     return false;
 }
 
-// The changes made meanwhile go into the database at once, except for those that a long read holds back. After
-// a failure it can be called again.
+// The changes made meanwhile go into the database at once, except for those that a long read holds back.
+// After a failure it can be called again.
 void SqliteFreeze::end() {
     if (sqlite3_get_autocommit(database_.get()) == 0)
         database_.execute("COMMIT");

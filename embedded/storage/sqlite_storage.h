@@ -70,8 +70,8 @@ class SqliteStorage final : public Storage {
     bool hasChanges() const { return sqlite3_total_changes64(database_.get()) != changesBefore_; }
     // All that the write transaction changes is then in the tables.
     void writeState();
-    // A file that was removed or replaced behind the engine's back is thrown as status 12, one whose log was as
-    // an input/output error.
+    // A file that was removed or replaced behind the engine's back is thrown as status 12, one whose log was
+    // as an input/output error.
     void requireInPlace();
     RedoRecorder &recorder() { return *recorder_; }
     // The file keeps changes for others that settle is to drop.

@@ -15,10 +15,10 @@ void copyDatabase(Database &from, Database &to) {
     sqlite3_backup *backup = sqlite3_backup_init(to.get(), "main", from.get(), "main");
     if (backup == nullptr)
         throwSqliteError(sqlite3_errcode(to.get()));
-    sqlite3_backup_step(backup, -1);
+    int systemError = systemErrorOf(sqlite3_backup_step(backup, -1), to.get());
     int code = sqlite3_backup_finish(backup);
     if (code != SQLITE_OK)
-        throwSqliteError(code);
+        throwSqliteError(code, systemError);
 }
 
 }  // namespace

@@ -41,9 +41,10 @@ TEST_F(CommitOrderTest, PointersThenDecisionThenParts) {
         auto isUnlink = [](const std::string &call) { return call.starts_with("unlink"); };
         calls.erase(std::find_if(calls.rbegin(), calls.rend(), isUnlink).base(), calls.end());
         EXPECT_EQ(calls, (std::vector<std::string>{
-                             "fsync first-commit-new", "rename first-commit", "fsync second-commit-new",
-                             "rename second-commit", "fsync directory", "fsync third-wal", "fsync first-wal",
-                             "fsync second-wal", "unlink first-commit", "unlink second-commit"}));
+                             "open first-commit-new", "fsync first-commit-new", "rename first-commit",
+                             "open second-commit-new", "fsync second-commit-new", "rename second-commit",
+                             "fsync directory", "fsync third-wal", "fsync first-wal", "fsync second-wal",
+                             "unlink first-commit", "unlink second-commit"}));
     }
 }
 

@@ -72,8 +72,10 @@ void prepareMany(World &world) {
     makeFile(world, "file");
     openIt(world);
     ASSERT_EQ(world.session().call(1019, nullptr).status, 0);
-    for (uint32_t number = 0; number < 1100; ++number)
-        ASSERT_EQ(world.insert(u16(static_cast<uint16_t>(number)) + "1r"), 0);
+    for (char first = 'A'; first < 'A' + 25; ++first) {
+        for (char second = 'A'; second < 'A' + 44; ++second)
+            ASSERT_EQ(world.insert({first, second, '1', 'r'}), 0);
+    }
     ASSERT_EQ(world.session().call(20, nullptr).status, 0);
 }
 
