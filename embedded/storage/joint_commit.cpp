@@ -159,7 +159,7 @@ void commitTogether(const std::vector<Storage *> &storages) {
     if (changed.size() == 1)
         commitAlone(*changed.front());
     else if (!changed.empty())
-        JointCommit(std::move(changed)).run();
+        JointCommit(changed).run();
 }
 
 }  // namespace vantrel::embedded

@@ -21,7 +21,7 @@ RedoSeal::RedoSeal(const Database &file) {
         key_ = encrypted->encryption()->key;
 }
 
-Bytes RedoSeal::sealRedo(Bytes piece, ByteView commit, int64_t number) const {
+Bytes RedoSeal::sealRedo(const Bytes &piece, ByteView commit, int64_t number) const {
     return key_ ? key_->sealBytes(piece, contextOf(commit, number)) : piece;
 }
 

@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "embedded/commit/child_process.h"
-#include "embedded/system_calls.h"
 #include "embedded/commit/three_files.h"
+#include "embedded/system_calls.h"
 
 namespace vantrel::test {
 
