@@ -203,7 +203,7 @@ void RedoTables::keep(const Participant &participant, RedoRecorder &recorder, co
     insert.bind(1, ByteView(participant.commit)).bind(2, ByteView(participant.file));
     int64_t number = 0;
     recorder.stream([&](Bytes piece) {
-        Bytes sealed = seal.sealRedo(std::move(piece), participant.commit, number);
+        Bytes sealed = seal.sealRedo(piece, participant.commit, number);
         insert.bind(3, number).bind(4, ByteView(sealed)).run();
         ++number;
     });
