@@ -1,5 +1,7 @@
 #include "embedded/storage/sqlite_freeze.h"
 
+#include <unistd.h>
+
 #include "embedded/storage/sqlite_schema.h"
 #include "vantrel.h"
 
@@ -9,6 +11,13 @@ namespace {
 
 // Longer than any change outside a transaction takes, and any snapshot is held.
 constexpr int waitMilliseconds = 2000;
+
+// Often enough to meet a moment between the changes of busy writers.
+int waitAMillisecond(void *, int turn) {
+    usleep(1000);
+    return turn < waitMilliseconds;
+}
+
 constexpr int attempts = 100;
 
 constexpr const char *emptyTheLog = "PRAGMA wal_checkpoint(TRUNCATE)";
@@ -17,7 +26,7 @@ constexpr const char *emptyTheLog = "PRAGMA wal_checkpoint(TRUNCATE)";
 
 SqliteFreeze::SqliteFreeze(const std::string &path)
     : database_(path, SQLITE_OPEN_READWRITE, Database::withHeldKey) {
-    sqlite3_busy_timeout(database_.get(), waitMilliseconds);
+    sqlite3_busy_handler(database_.get(), waitAMillisecond, nullptr);
     checkFormat(database_);
     // Fails where somebody's transaction holds the file.
     database_.execute("BEGIN IMMEDIATE; ROLLBACK");
