@@ -78,6 +78,8 @@ class SqliteStorage final : public Storage {
     void setKeepsRedo(bool keeps) { keepsRedo_ = keeps; }
 
   private:
+    static constexpr int waitMilliseconds = 30000;
+
     // A statement that walks in one direction, and the place of the row it stands on.
     struct Scan {
         Statement statement;
