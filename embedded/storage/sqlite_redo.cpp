@@ -202,7 +202,7 @@ void RedoTables::keep(const Participant &participant, RedoRecorder &recorder, co
     Statement insert = database_.prepare("INSERT INTO redo_piece VALUES(?1, ?2, ?3, ?4)");
     insert.bind(1, ByteView(participant.commit)).bind(2, ByteView(participant.file));
     int64_t number = 0;
-    recorder.stream([&](Bytes piece) {
+    recorder.stream([&](const Bytes &piece) {
         Bytes sealed = seal.sealRedo(piece, participant.commit, number);
         insert.bind(3, number).bind(4, ByteView(sealed)).run();
         ++number;

@@ -195,6 +195,9 @@ TEST_F(LockStressTest, DeadlocksOfThreadsAreAllBroken) {
 
 // Some of them are killed at any moment.
 TEST_F(LockStressTest, ProcessesLoseNoChangeOfALockedRecord) {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer follows no child of a process that had threads";
+#endif
     std::mt19937 random(seed);
     for (size_t count : {2u, 5u, 8u}) {
         std::vector<pid_t> processes;
