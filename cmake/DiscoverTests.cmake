@@ -1,11 +1,11 @@
 include(GoogleTest)
 
-# Registers the tests of a program: one by one, or all in a few processes where an emulator runs them, since
+# Registers the tests of a program: one by one, or all in one process where an emulator runs them, since
 # starting that for each would take a hundred times longer.
-#   vantrel_discover_tests(TARGET LABEL [SHARDS COUNT] [NOT_EMULATED FILTER])
-# What the filter names needs what an emulator lacks.
+#   vantrel_discover_tests(TARGET LABEL [EMULATED FILTER])
+# An emulator runs what the filter names: it is slow, and a child of a process with threads fails in it.
 function(vantrel_discover_tests target label)
-    cmake_parse_arguments(PARSE_ARGV 2 tests "" "SHARDS;NOT_EMULATED" "")
+    cmake_parse_arguments(PARSE_ARGV 2 tests "" "EMULATED" "")
     if(NOT CMAKE_CROSSCOMPILING)
         gtest_discover_tests(${target} PROPERTIES LABELS ${label} TIMEOUT 600)
         return()
@@ -13,17 +13,11 @@ function(vantrel_discover_tests target label)
     set(environment)
     set(filter "*")
     if(VANTREL_EMULATED)
-        list(APPEND environment VANTREL_EMULATED=1)
-        set(filter "-${tests_NOT_EMULATED}")
+        set(environment VANTREL_EMULATED=1)
+        if(tests_EMULATED)
+            set(filter "${tests_EMULATED}")
+        endif()
     endif()
-    if(NOT tests_SHARDS)
-        set(tests_SHARDS 1)
-    endif()
-    math(EXPR last "${tests_SHARDS} - 1")
-    foreach(shard RANGE ${last})
-        set(name ${target}.${shard})
-        add_test(NAME ${name} COMMAND ${target} --gtest_filter=${filter})
-        set_tests_properties(${name} PROPERTIES LABELS ${label} TIMEOUT 900
-            ENVIRONMENT "GTEST_TOTAL_SHARDS=${tests_SHARDS};GTEST_SHARD_INDEX=${shard};${environment}")
-    endforeach()
+    add_test(NAME ${target} COMMAND ${target} --gtest_filter=${filter})
+    set_tests_properties(${target} PROPERTIES LABELS ${label} TIMEOUT 900 ENVIRONMENT "${environment}")
 endfunction()
