@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/random.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -100,15 +99,14 @@ bool LockFile::openSideFile() {
 }
 
 void LockFile::identify() {
-    struct stat opened;
-    if (fstat(descriptor_, &opened) != 0)
+    std::optional<FileIdentity> opened = identityOf(descriptor_);
+    if (!opened)
         throwSystemError(errno);
-    id_ = {opened.st_dev, opened.st_ino};
+    id_ = *opened;
 }
 
 bool LockFile::isInPlace() const {
-    struct stat placed;
-    return stat(path_.c_str(), &placed) == 0 && id_ == LockFileId{placed.st_dev, placed.st_ino};
+    return identityAt(path_) == id_;
 }
 
 // Where all slots are in use, the session goes without: it locks as well, but is not known by its locks.

@@ -1,24 +1,15 @@
 #ifndef VANTREL_EMBEDDED_LOCK_LOCK_FILE_H
 #define VANTREL_EMBEDDED_LOCK_LOCK_FILE_H
 
-#include <sys/types.h>
-
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
 
+#include "embedded/file_identity.h"
 #include "embedded/lock/lock_user.h"
 
 namespace vantrel::embedded {
-
-// Tells side files apart, by whatever name they were opened.
-struct LockFileId {
-    dev_t device = 0;
-    ino_t inode = 0;
-    auto operator<=>(const LockFileId &) const = default;
-};
 
 // What sessions exclude each other from: a record by its address, or one of these.
 inline constexpr int64_t writeSide = 0;
@@ -41,7 +32,7 @@ class LockFile {
     LockFile &operator=(const LockFile &) = delete;
 
     LockUser &user() { return user_; }
-    const LockFileId &id() const { return id_; }
+    const FileIdentity &id() const { return id_; }
 
     // False where other users are left. Going back to shared always succeeds.
     bool makeExclusive();
@@ -104,7 +95,7 @@ class LockFile {
 
     std::string path_;
     LockUser &user_;
-    LockFileId id_;
+    FileIdentity id_;
     int descriptor_ = -1;
     bool isWritable_ = false;
     uint16_t slot_ = 0;

@@ -19,13 +19,13 @@ constexpr std::chrono::milliseconds longestPause{20};
 
 struct LockWaits {
     std::mutex mutex;
-    std::map<std::pair<LockFileId, uint16_t>, const LockUser *> users;
+    std::map<std::pair<FileIdentity, uint16_t>, const LockUser *> users;
     std::map<const LockUser *, LockWait *> waits;
     uint64_t events = 0;
     // Read without the mutex, so that a release costs nothing where nobody waits.
     std::atomic<size_t> count{0};
 
-    const LockUser *userOf(const LockFileId &file, uint16_t slot) const {
+    const LockUser *userOf(const FileIdentity &file, uint16_t slot) const {
         auto found = users.find({file, slot});
         return found == users.end() ? nullptr : found->second;
     }
@@ -40,7 +40,7 @@ struct LockWaits {
     // Those whom a wait is waiting for in a cycle, without itself.
     std::vector<LockWait *> cycleOf(LockWait *first) const;
     void wake(LockWait *wait) const;
-    void wakeThoseFor(const LockFileId &file, int64_t part) const;
+    void wakeThoseFor(const FileIdentity &file, int64_t part) const;
     bool isPausing(const LockUser &user) const {
         auto found = waits.find(&user);
         return found != waits.end() && found->second->isAsleep_;
@@ -72,7 +72,7 @@ void LockWaits::wake(LockWait *wait) const {
     wait->wakeUp_.notify_one();
 }
 
-void LockWaits::wakeThoseFor(const LockFileId &file, int64_t part) const {
+void LockWaits::wakeThoseFor(const FileIdentity &file, int64_t part) const {
     for (auto &[user, wait] : waits) {
         if (wait->file_.id() == file && (part == everyPart || part == wait->part_))
             wake(wait);
@@ -133,24 +133,24 @@ bool LockWait::pause() {
     return true;
 }
 
-void addLockUser(const LockFileId &file, uint16_t slot, const LockUser *user) {
+void addLockUser(const FileIdentity &file, uint16_t slot, const LockUser *user) {
     if (slot == 0)
         return;
     std::lock_guard lock(lockWaits->mutex);
     lockWaits->users[{file, slot}] = user;
 }
 
-void removeLockUser(const LockFileId &file, uint16_t slot) {
+void removeLockUser(const FileIdentity &file, uint16_t slot) {
     std::lock_guard lock(lockWaits->mutex);
     lockWaits->users.erase({file, slot});
 }
 
-const LockUser *lockUserOf(const LockFileId &file, uint16_t slot) {
+const LockUser *lockUserOf(const FileIdentity &file, uint16_t slot) {
     std::lock_guard lock(lockWaits->mutex);
     return lockWaits->userOf(file, slot);
 }
 
-void wakeLockWaits(const LockFileId &file, int64_t part) {
+void wakeLockWaits(const FileIdentity &file, int64_t part) {
     if (lockWaits->count == 0)
         return;
     std::lock_guard lock(lockWaits->mutex);

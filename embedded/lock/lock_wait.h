@@ -48,13 +48,13 @@ class LockWait {
 };
 
 // The sessions of this process, by the slots that they have in side files; slot 0 is nobody's.
-void addLockUser(const LockFileId &file, uint16_t slot, const LockUser *user);
-void removeLockUser(const LockFileId &file, uint16_t slot);
-const LockUser *lockUserOf(const LockFileId &file, uint16_t slot);
+void addLockUser(const FileIdentity &file, uint16_t slot, const LockUser *user);
+void removeLockUser(const FileIdentity &file, uint16_t slot);
+const LockUser *lockUserOf(const FileIdentity &file, uint16_t slot);
 
 inline constexpr int64_t everyPart = -1;
 // Something was released: whoever waits for it in this process tries again.
-void wakeLockWaits(const LockFileId &file, int64_t part);
+void wakeLockWaits(const FileIdentity &file, int64_t part);
 
 // Around a fork. While waits are held up, no wait begins or ends and no session that pauses goes on.
 void holdUpLockWaits();

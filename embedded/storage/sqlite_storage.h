@@ -4,12 +4,12 @@
 #include <map>
 #include <optional>
 
+#include "embedded/file_identity.h"
 #include "embedded/storage/sqlite_counts.h"
 #include "embedded/storage/sqlite_database.h"
 #include "embedded/storage/sqlite_redo.h"
 #include "embedded/storage/sqlite_tail.h"
 #include "embedded/storage/storage.h"
-#include "embedded/storage/system_file.h"
 #include "embedded/storage/wal_index.h"
 
 namespace vantrel::embedded {

@@ -1,12 +1,12 @@
 #include "embedded/storage/system_file.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <utility>
 
+#include "embedded/file_identity.h"
 #include "embedded/system_error.h"
 
 namespace vantrel::embedded {
@@ -39,16 +39,8 @@ void Descriptor::sync() const {
 }
 
 bool Descriptor::isAt(const std::string &path) const {
-    struct stat opened, placed;
-    return fstat(descriptor_, &opened) == 0 && stat(path.c_str(), &placed) == 0 &&
-           opened.st_dev == placed.st_dev && opened.st_ino == placed.st_ino;
-}
-
-std::optional<FileIdentity> identityAt(const std::string &path) {
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0)
-        return std::nullopt;
-    return FileIdentity{status.st_dev, status.st_ino};
+    std::optional<FileIdentity> opened = identityOf(descriptor_);
+    return opened && identityAt(path) == opened;
 }
 
 std::string directoryWith(const std::string &path) {

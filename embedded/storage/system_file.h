@@ -1,9 +1,6 @@
 #ifndef VANTREL_EMBEDDED_STORAGE_SYSTEM_FILE_H
 #define VANTREL_EMBEDDED_STORAGE_SYSTEM_FILE_H
 
-#include <sys/types.h>
-
-#include <optional>
 #include <string>
 
 // Files of the operating system beside the databases; failures are thrown as StatusError. A database itself
@@ -28,16 +25,6 @@ class Descriptor {
   private:
     int descriptor_ = -1;
 };
-
-// Tells a file from others that stand at its path before or afterwards.
-struct FileIdentity {
-    dev_t device;
-    ino_t inode;
-
-    bool operator==(const FileIdentity &) const = default;
-};
-// None where no file is.
-std::optional<FileIdentity> identityAt(const std::string &path);
 
 // With the slash at its end.
 std::string directoryWith(const std::string &path);
