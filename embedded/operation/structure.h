@@ -42,7 +42,7 @@ class StructuralChange {
     }
     StructuralChange(const StructuralChange &) = delete;
     StructuralChange &operator=(const StructuralChange &) = delete;
-    void commit() { commitTogether({&storage_}); }
+    void commit() { commitAlone(storage_); }
 
   private:
     Storage &storage_;

@@ -38,16 +38,6 @@ bool refuse(SqliteStorage &file, ByteView commit) noexcept {
     }
 }
 
-void commitAlone(SqliteStorage &file) {
-    Bytes commit = RedoTables::newCommit();
-    try {
-        file.commit(Durability::synced);
-    } catch (...) {
-        refuse(file, commit);
-        throw;
-    }
-}
-
 }  // namespace
 
 JointCommit::JointCommit(const std::vector<SqliteStorage *> &files)
@@ -146,6 +136,16 @@ void JointCommit::removePointers() noexcept {
         } catch (const StatusError &) {
             // Who finds it finds out that it is of no more use.
         }
+    }
+}
+
+void commitAlone(Storage &storage) {
+    Bytes commit = RedoTables::newCommit();
+    try {
+        storage.commit(Durability::synced);
+    } catch (...) {
+        refuse(dynamic_cast<SqliteStorage &>(storage), commit);
+        throw;
     }
 }
 

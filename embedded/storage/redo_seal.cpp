@@ -21,8 +21,8 @@ RedoSeal::RedoSeal(const Database &file) {
         key_ = encrypted->encryption()->key;
 }
 
-Bytes RedoSeal::sealRedo(const Bytes &piece, ByteView commit, int64_t number) const {
-    return key_ ? key_->sealBytes(piece, contextOf(commit, number)) : piece;
+Bytes RedoSeal::sealRedo(ByteView piece, ByteView commit, int64_t number) const {
+    return key_ ? key_->sealBytes(piece, contextOf(commit, number)) : Bytes(piece);
 }
 
 Bytes RedoSeal::openRedo(Bytes piece, ByteView commit, int64_t number) const {

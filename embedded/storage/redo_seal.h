@@ -15,7 +15,7 @@ class RedoSeal {
   public:
     explicit RedoSeal(const Database &file);
 
-    Bytes sealRedo(const Bytes &piece, ByteView commit, int64_t number) const;
+    Bytes sealRedo(ByteView piece, ByteView commit, int64_t number) const;
     Bytes openRedo(Bytes piece, ByteView commit, int64_t number) const;
 
   private:

@@ -13,14 +13,16 @@ namespace vantrel::embedded {
 
 namespace {
 
-bool isResourceError(int systemError) {
-    switch (statusOfErrno(systemError)) {
+// What the system runs short of says more than what SQLite could not do for it.
+int32_t statusOfShortage(int systemError, int32_t otherwise) {
+    int32_t status = statusOfErrno(systemError);
+    switch (status) {
         case VANTREL_STATUS_DISK_FULL:
         case VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE:
         case VANTREL_STATUS_NO_HANDLES_AVAILABLE:
-            return true;
+            return status;
         default:
-            return systemError == EIO;
+            return systemError == EIO ? status : otherwise;
     }
 }
 
@@ -36,8 +38,7 @@ int32_t statusOfSqliteError(int code, int systemError) {
         case SQLITE_FULL:
             return VANTREL_STATUS_DISK_FULL;
         case SQLITE_CANTOPEN:
-            return isResourceError(systemError) ? statusOfErrno(systemError)
-                                                : VANTREL_STATUS_PERMISSION_ERROR;
+            return statusOfShortage(systemError, VANTREL_STATUS_PERMISSION_ERROR);
         case SQLITE_PERM:
             return VANTREL_STATUS_PERMISSION_ERROR;
         case SQLITE_AUTH:
@@ -45,8 +46,7 @@ int32_t statusOfSqliteError(int code, int systemError) {
         case SQLITE_NOTADB:
             return VANTREL_STATUS_NOT_A_VANTREL_FILE;
         case SQLITE_IOERR:
-            return isResourceError(systemError) ? statusOfErrno(systemError)
-                                                : VANTREL_STATUS_INPUT_OUTPUT_ERROR;
+            return statusOfShortage(systemError, VANTREL_STATUS_INPUT_OUTPUT_ERROR);
         case SQLITE_CORRUPT:
         case SQLITE_PROTOCOL:
         // The statements are right, so the tables are not what a file has.
@@ -60,11 +60,6 @@ int32_t statusOfSqliteError(int code, int systemError) {
         default:
             return VANTREL_STATUS_UNRECOVERABLE_ERROR;
     }
-}
-
-void check(int code, sqlite3 *database) {
-    if (code != SQLITE_OK)
-        throwSqliteError(code, systemErrorOf(code, database));
 }
 
 }  // namespace
@@ -81,8 +76,14 @@ void throwSqliteError(int code, int systemError) {
     throw StatusError{statusOfSqliteError(code, systemError)};
 }
 
+void checkSqlite(int code, sqlite3 *database) {
+    if (code != SQLITE_OK)
+        throwSqliteError(code, systemErrorOf(code, database));
+}
+
 Statement::Statement(sqlite3 *database, const char *sql) {
-    check(sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr), database);
+    checkSqlite(sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement_, nullptr),
+                database);
 }
 
 Statement &Statement::operator=(Statement &&other) noexcept {
@@ -91,15 +92,15 @@ Statement &Statement::operator=(Statement &&other) noexcept {
 }
 
 Statement &Statement::bind(int parameter, int64_t value) {
-    check(sqlite3_bind_int64(statement_, parameter, value), sqlite3_db_handle(statement_));
+    checkSqlite(sqlite3_bind_int64(statement_, parameter, value), sqlite3_db_handle(statement_));
     return *this;
 }
 
 Statement &Statement::bind(int parameter, ByteView bytes) {
     // A null pointer would bind NULL rather than no bytes.
     const char *first = bytes.empty() ? "" : bytes.data();
-    check(sqlite3_bind_blob64(statement_, parameter, first, bytes.size(), SQLITE_STATIC),
-          sqlite3_db_handle(statement_));
+    checkSqlite(sqlite3_bind_blob64(statement_, parameter, first, bytes.size(), SQLITE_STATIC),
+                sqlite3_db_handle(statement_));
     return *this;
 }
 
@@ -165,7 +166,7 @@ Database &Database::operator=(Database &&other) noexcept {
 }
 
 void Database::execute(const std::string &sql) {
-    check(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr), database_);
+    checkSqlite(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr), database_);
 }
 
 int64_t Database::integer(const char *sql) {

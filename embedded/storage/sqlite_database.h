@@ -15,7 +15,9 @@ namespace vantrel::embedded {
 // The error number of the system call that failed, where one did, tells a full disk from a broken one. It is
 // asked for at once after the failure.
 int systemErrorOf(int code, sqlite3 *database);
-[[noreturn]] void throwSqliteError(int code, int systemError = 0);
+[[noreturn]] void throwSqliteError(int code, int systemError);
+// Right after the call that gave the code.
+void checkSqlite(int code, sqlite3 *database);
 
 // A prepared statement that goes with its owner. Texts and blobs bound must outlive the next reset.
 class Statement {

@@ -22,9 +22,8 @@ void saveOwner(Database &database, const StoredOwner &owner) {
     insert.bind(1, int64_t{owner.mode.isReadable}).bind(2, ByteView(owner.verifier.bytes())).run();
 }
 
-// Rows tell a commit that something has changed; a dropped table does not.
 void dropOwner(Database &database) {
-    database.execute("DELETE FROM owner; DROP TABLE owner");
+    database.execute("DROP TABLE owner");
 }
 
 }  // namespace vantrel::embedded

@@ -12,11 +12,6 @@ namespace {
 
 constexpr size_t pieceSize = 262144;
 
-void check(int code) {
-    if (code != SQLITE_OK)
-        throwSqliteError(code);
-}
-
 // Runs what may throw inside a callback of SQLite, and keeps the exception for its caller.
 template <class Work>
 int guarded(std::exception_ptr &failure, Work work) {
@@ -35,7 +30,7 @@ int isOwnTable(void *, const char *table) {
 }
 
 struct Output {
-    const std::function<void(Bytes)> &take;
+    const std::function<void(ByteView)> &take;
     Bytes piece;
     std::exception_ptr failure;
 
@@ -48,7 +43,7 @@ struct Output {
         });
     }
     void flush() {
-        take(std::move(piece));
+        take(piece);
         piece.clear();
     }
 };
@@ -91,21 +86,22 @@ struct Input {
     }
 };
 
-void finish(int code, const std::exception_ptr &failure) {
+void finish(int code, const std::exception_ptr &failure, const Database &database) {
     if (failure)
         std::rethrow_exception(failure);
-    check(code);
+    checkSqlite(code, database.get());
 }
 
 }  // namespace
 
-RedoRecorder::RedoRecorder(Database &database) {
-    check(sqlite3session_create(database.get(), "main", &session_));
+RedoRecorder::RedoRecorder(Database &database) : database_(database) {
+    checkSqlite(sqlite3session_create(database.get(), "main", &session_), database.get());
     sqlite3session_table_filter(session_, isOwnTable, nullptr);
     int code = sqlite3session_attach(session_, nullptr);
     if (code != SQLITE_OK) {
+        int systemError = systemErrorOf(code, database.get());
         sqlite3session_delete(session_);
-        throwSqliteError(code);
+        throwSqliteError(code, systemError);
     }
 }
 
@@ -113,10 +109,10 @@ RedoRecorder::~RedoRecorder() {
     sqlite3session_delete(session_);
 }
 
-void RedoRecorder::stream(const std::function<void(Bytes)> &take) {
+void RedoRecorder::stream(const std::function<void(ByteView)> &take) {
     Output output{take, {}, {}};
     int code = sqlite3session_changeset_strm(session_, Output::add, &output);
-    finish(code, output.failure);
+    finish(code, output.failure, database_);
     if (!output.piece.empty())
         output.flush();
 }
@@ -126,7 +122,7 @@ void applyRedo(Database &database, const std::function<bool(Bytes *)> &nextPiece
     int code = sqlite3changeset_apply_v2_strm(database.get(), Input::take, &input, Input::requireTable,
                                               Input::refuseConflict, &input, nullptr, nullptr,
                                               SQLITE_CHANGESETAPPLY_NOSAVEPOINT);
-    finish(code, input.failure);
+    finish(code, input.failure, database);
 }
 
 void RedoTables::create(Database &database) {
@@ -202,7 +198,7 @@ void RedoTables::keep(const Participant &participant, RedoRecorder &recorder, co
     Statement insert = database_.prepare("INSERT INTO redo_piece VALUES(?1, ?2, ?3, ?4)");
     insert.bind(1, ByteView(participant.commit)).bind(2, ByteView(participant.file));
     int64_t number = 0;
-    recorder.stream([&](const Bytes &piece) {
+    recorder.stream([&](ByteView piece) {
         Bytes sealed = seal.sealRedo(piece, participant.commit, number);
         insert.bind(3, number).bind(4, ByteView(sealed)).run();
         ++number;

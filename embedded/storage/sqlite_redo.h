@@ -20,9 +20,10 @@ class RedoRecorder {
     RedoRecorder &operator=(const RedoRecorder &) = delete;
 
     // Hands the changes over, in pieces of a size that suits a row.
-    void stream(const std::function<void(Bytes)> &take);
+    void stream(const std::function<void(ByteView)> &take);
 
   private:
+    Database &database_;
     sqlite3_session *session_ = nullptr;
 };
 

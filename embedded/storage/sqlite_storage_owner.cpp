@@ -14,7 +14,7 @@ void copyDatabase(Database &from, Database &to) {
     to.execute("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; PRAGMA temp_store = MEMORY");
     sqlite3_backup *backup = sqlite3_backup_init(to.get(), "main", from.get(), "main");
     if (backup == nullptr)
-        throwSqliteError(sqlite3_errcode(to.get()));
+        checkSqlite(sqlite3_errcode(to.get()), to.get());
     int systemError = systemErrorOf(sqlite3_backup_step(backup, -1), to.get());
     int code = sqlite3_backup_finish(backup);
     if (code != SQLITE_OK)

@@ -185,6 +185,9 @@ std::unique_ptr<Freeze> freezeStorage(const std::string &path);
 // the file is read or written next, whoever does so. Transactions without a change stay open.
 void commitTogether(const std::vector<Storage *> &storages);
 
+// The same of one file, also where only its tables' definitions have changed.
+void commitAlone(Storage &storage);
+
 // Nobody has the files open that these make, replace, remove or rename.
 void createStorage(const std::string &path, const FileDefinition &definition);
 // Whatever is no file of this format is thrown as status 30. Owners' names are not asked for.
