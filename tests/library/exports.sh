@@ -4,11 +4,8 @@
 # Usage: exports.sh COMPILER HEADER LIST CLIENT_LIBRARY INTERFACE_LIBRARY CORE_LIBRARY
 set -euo pipefail
 compiler=$1 header=$2 list=$3 client=$4 interface=$5 core=$6
+exported=$(dirname "$0")/../../packaging/abi/exports
 export LC_ALL=C
-
-exported() {
-    nm --dynamic --defined-only "$1" | awk '$2 != "A" { sub(/@.*/, "", $3); print $3 }' | sort
-}
 
 declared() {
     "$compiler" -E -P -x c "$header" | grep -oE '\bVantrel[A-Za-z0-9]+ *\(' | tr -d ' (' | sort
@@ -23,7 +20,7 @@ compare() {
 }
 
 compare "listed (<) and declared (>) functions differ" <(sort "$list") <(declared)
-compare "declared (<) and exported (>) functions differ" <(declared) <(exported "$client")
-compare "the interface library exports something else (>)" <(echo VNTLEXID) <(exported "$interface")
-compare "the core library exports something else (>)" <(exported "$core" | grep '^vantrelCore') <(exported "$core")
+compare "declared (<) and exported (>) functions differ" <(declared) <("$exported" "$client")
+compare "the interface library exports something else (>)" <(echo VNTLEXID) <("$exported" "$interface")
+compare "the core library exports something else (>)" <("$exported" "$core" | grep '^vantrelCore') <("$exported" "$core")
 exit $failed

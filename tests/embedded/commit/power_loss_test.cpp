@@ -1,65 +1,13 @@
-#include <dirent.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <fstream>
-#include <map>
-
 #include "embedded/commit/crash_fixture.h"
+#include "embedded/disk_image.h"
 #include "embedded/emulation.h"
 
 namespace {
 
 using namespace vantrel::test;
 
-std::string bytesOf(int descriptor) {
-    struct stat status = {};
-    EXPECT_EQ(fstat(descriptor, &status), 0);
-    std::string bytes(static_cast<size_t>(status.st_size), '\0');
-    EXPECT_EQ(pread(descriptor, bytes.data(), bytes.size(), 0), status.st_size);
-    return bytes;
-}
-
-// What a disk holds of a directory if nothing that was not synced reaches it: of each file the bytes of its
-// last sync, and the names of the directory's last sync.
-class DurableImage {
-  public:
-    explicit DurableImage(std::string directory) : directory_(std::move(directory)) {
-        takeNames();
-        for (const auto &[name, inode] : names_) {
-            std::ifstream file(directory_ + '/' + name, std::ios::binary);
-            contents_[inode].assign(std::istreambuf_iterator<char>(file), {});
-        }
-    }
-
-    void sync(int descriptor) {
-        struct stat status = {};
-        EXPECT_EQ(fstat(descriptor, &status), 0);
-        if (S_ISDIR(status.st_mode))
-            takeNames();
-        else
-            contents_[status.st_ino] = bytesOf(descriptor);
-    }
-
-    void writeTo(const std::string &target) {
-        for (const auto &[name, inode] : names_)
-            std::ofstream(target + '/' + name, std::ios::binary) << contents_[inode];
-    }
-
-  private:
-    void takeNames() {
-        names_.clear();
-        for (const auto &entry : std::filesystem::directory_iterator(directory_)) {
-            struct stat status = {};
-            EXPECT_EQ(stat(entry.path().c_str(), &status), 0);
-            names_[entry.path().filename().string()] = status.st_ino;
-        }
-    }
-
-    std::string directory_;
-    std::map<std::string, ino_t> names_;
-    std::map<ino_t, std::string> contents_;
-};
+// Nothing that was not synced reaches the disk.
+constexpr uint32_t nothingMore = 0;
 
 class PowerLossTest : public CrashTest {
   protected:
@@ -69,18 +17,16 @@ class PowerLossTest : public CrashTest {
         std::filesystem::remove_all(left);
         std::filesystem::create_directory(left);
         return ChildProcess::run([&]() -> std::string {
-            DurableImage image(directory.path());
+            DiskImage image(directory.path());
             ThreeFiles files(directory, 1);
             StepCount count;
             bool isEnding = false;
             SystemCallWatch watch(directory.path(), [&](const SystemCall &system) {
                 if (isEnding && count.stepOf(system) == step) {
-                    image.writeTo(left);
+                    image.writeTo(left, nothingMore);
                     return Fate::kills;
                 }
-                // The bytes that are there before the call are those it makes durable.
-                if (system.name == "fsync")
-                    image.sync(system.descriptor);
+                image.note(system);
                 return Fate::happens;
             });
             EXPECT_EQ(files.open(), 0);
@@ -89,7 +35,7 @@ class PowerLossTest : public CrashTest {
             isEnding = true;
             int32_t status = files.end();
             isEnding = false;
-            image.writeTo(left);
+            image.writeTo(left, nothingMore);
             return std::to_string(status);
         });
     }
@@ -123,10 +69,9 @@ TEST_F(PowerLossTest, AllOrNoneAndAllOfWhatEnded) {
 TEST_F(PowerLossTest, WhatHappenedToAFileAsAWhole) {
     EXPECT_EQ(
         ChildProcess::run([&]() -> std::string {
-            DurableImage image(directory.path());
+            DiskImage image(directory.path());
             SystemCallWatch watch(directory.path(), [&](const SystemCall &call) {
-                if (call.name == "fsync")
-                    image.sync(call.descriptor);
+                image.note(call);
                 return Fate::happens;
             });
             EngineSession session(1);
@@ -137,7 +82,7 @@ TEST_F(PowerLossTest, WhatHappenedToAFileAsAWhole) {
                 0);
             EXPECT_EQ(session.call(14, nullptr, "", (directory / "third") + '\0', -128).status, 0);
             std::filesystem::create_directory(left);
-            image.writeTo(left);
+            image.writeTo(left, nothingMore);
             return "done";
         }),
         "done");

@@ -2,7 +2,7 @@
 #include <sstream>
 
 #include "embedded/commit/child_process.h"
-#include "embedded/fault/disk_image.h"
+#include "embedded/disk_image.h"
 #include "embedded/fault/run.h"
 
 namespace vantrel::test {

@@ -1,10 +1,7 @@
 // A process does random work on two files and is killed at a random instant; what another one finds must be
 // what was acknowledged, with or without the call that was under way. Usage: see below.
 #include <getopt.h>
-#include <signal.h>
 #include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -13,6 +10,7 @@
 #include <filesystem>
 #include <new>
 
+#include "embedded/child.h"
 #include "embedded/kill/inspection.h"
 #include "embedded/kill/worker.h"
 
@@ -56,27 +54,6 @@ struct Shared {
     std::atomic<bool> isReady, isDead;
     std::atomic<int> found;
 };
-
-template <class Function>
-pid_t inChild(Function function) {
-    pid_t child = fork();
-    if (child == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        function();
-        _exit(0);
-    }
-    return child;
-}
-
-bool endedWell(pid_t child) {
-    int status = -1;
-    return waitpid(child, &status, 0) == child && status == 0;
-}
-
-void killAndWait(pid_t child) {
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-}
 
 // True where the condition came within the time.
 template <class Condition>

@@ -1,14 +1,14 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <fstream>
+#include <optional>
 
 #include "embedded/commit/child_process.h"
+#include "embedded/file_size_limit.h"
 #include "embedded/operation/owner_fixture.h"
 
 namespace {
@@ -16,18 +16,15 @@ namespace {
 using namespace vantrel::test;
 
 // Files may grow no longer: what is written behind the end fails.
-class FileSizeLimit {
+class FullFiles {
   public:
-    explicit FileSizeLimit(const std::string &) { signal(SIGXFSZ, SIG_IGN); }
+    explicit FullFiles(const std::string &) {}
     bool isThere() const { return true; }
-    void takeRoom() const { set(256 * 1024); }
-    void makeRoom() const { set(RLIM_INFINITY); }
+    void takeRoom() { limit_.emplace(256 * 1024); }
+    void makeRoom() { limit_.reset(); }
 
   private:
-    static void set(rlim_t bytes) {
-        rlimit limit{bytes, RLIM_INFINITY};
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
+    std::optional<FileSizeLimit> limit_;
 };
 
 // A file system of its own in the directory, that a file of no use fills.
@@ -124,7 +121,7 @@ class DiskFullTest : public testing::Test {
     TemporaryDirectory directory;
 };
 
-using Shortages = testing::Types<FileSizeLimit, SmallDisk>;
+using Shortages = testing::Types<FullFiles, SmallDisk>;
 TYPED_TEST_SUITE(DiskFullTest, Shortages);
 
 TYPED_TEST(DiskFullTest, SingleChangesAreRefusedAndGoOnWhenThereIsRoom) {

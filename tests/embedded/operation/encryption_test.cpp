@@ -1,10 +1,10 @@
 #include <dlfcn.h>
-#include <sys/resource.h>
 
 #include <atomic>
 #include <random>
 
 #include "embedded/emulation.h"
+#include "embedded/file_size_limit.h"
 #include "embedded/operation/encryption_fixture.h"
 #include "embedded/quiet_fork.h"
 
@@ -268,21 +268,6 @@ TEST_F(EncryptionTest, LeftOverCopiesAreRemoved) {
     close();
     EXPECT_EQ(directory.names(), std::vector<std::string>{"file"});
 }
-
-// Fails every write beyond a size, while it lives.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t size) {
-        signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        rlimit limit{size, before_.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-  private:
-    rlimit before_;
-};
 
 TEST_F(EncryptionTest, AFailingWriteLeavesTheFileAsItWas) {
     ASSERT_EQ(createPlain(path), 0);

@@ -1,10 +1,7 @@
 // Several processes move money between the accounts of two files, for a time that is given; some are killed
 // in the middle. The total must never change. Usage: see below.
 #include <getopt.h>
-#include <signal.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
@@ -14,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "embedded/child.h"
 #include "worker.h"
 
 namespace {
@@ -51,22 +49,6 @@ bool parseOptions(Options &options, int count, char **arguments) {
             return false;
     }
     return optind == count && options.seconds > 0 && options.processes > 0 && options.killEvery >= 0;
-}
-
-// Calls the function in a child process, since whoever forks should have no engine at work.
-template <class Function>
-pid_t inChild(Function function) {
-    pid_t child = fork();
-    if (child == 0) {
-        function();
-        _exit(0);
-    }
-    return child;
-}
-
-bool endedWell(pid_t child) {
-    int status = -1;
-    return waitpid(child, &status, 0) == child && status == 0;
 }
 
 class Soak {
@@ -117,8 +99,7 @@ class Soak {
 
     void killOne() {
         pid_t &worker = workers_[static_cast<size_t>(random_() % workers_.size())];
-        kill(worker, SIGKILL);
-        waitpid(worker, nullptr, 0);
+        killAndWait(worker);
         ++kills_;
         worker = startWorker();
     }

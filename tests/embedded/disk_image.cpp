@@ -1,4 +1,4 @@
-#include "embedded/fault/disk_image.h"
+#include "embedded/disk_image.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
