@@ -186,9 +186,23 @@ bool Session::holdsNothing() const {
            !login.isActive && !lockUser.refusal;
 }
 
-void Session::housekeep() {
-    for (auto &[path, file] : files_)
-        file->housekeep();
+// One file's failure is none of the others; it is tried again at the next turn, and a call that needs the
+// file reports what is wrong.
+void Session::forEachFile(void (OpenFile::*work)()) noexcept {
+    for (auto &[path, file] : files_) {
+        try {
+            (file.get()->*work)();
+        } catch (...) {
+        }
+    }
+}
+
+void Session::sync() noexcept {
+    forEachFile(&OpenFile::sync);
+}
+
+void Session::housekeep() noexcept {
+    forEachFile(&OpenFile::housekeep);
 }
 
 void Session::abandon() {

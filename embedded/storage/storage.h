@@ -143,6 +143,8 @@ class Storage {
     // Makes all that is committed survive power loss.
     virtual void sync() = 0;
     virtual bool hasUnsyncedCommits() const = 0;
+    // Brings a long log into the file where nobody has committed since this was called last.
+    virtual void checkpointIfIdle() = 0;
     // Goes on with what commits over several files have left to do, as far as that is possible without
     // waiting; not inside a write transaction.
     virtual void settle() = 0;
