@@ -179,7 +179,7 @@ class Freeze {
     virtual void abandon() = 0;
 };
 
-// Status 85 is thrown where a transaction holds the file.
+// All that was committed is in it. Status 85 is thrown where a transaction holds the file.
 std::unique_ptr<Freeze> freezeStorage(const std::string &path);
 
 // Commits the write transactions of several files durably, begun in this order as first and further ones: all

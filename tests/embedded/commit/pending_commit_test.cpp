@@ -17,6 +17,8 @@ namespace fs = std::filesystem;
 class PendingCommitTest : public CrashTest {
   protected:
     void dieBeforeSecond() { dieAt("write", "second-wal"); }
+    TemporaryDirectory copies;
+
     void dieUndecided() { dieAt("fsync", "first-wal"); }
     int32_t rename(const std::string &from, const std::string &to) {
         EngineSession session(3);
@@ -50,6 +52,18 @@ TEST_F(PendingCommitTest, AReaderSeesItAtItsNextSnapshot) {
     ASSERT_EQ(reader.open(), 0);
     dieBeforeSecond();
     EXPECT_EQ(reader.contents({2, 1, 0}), ThreeFiles::after);
+}
+
+TEST_F(PendingCommitTest, ACopyInContinuousOperationHasIt) {
+    dieBeforeSecond();
+    EngineSession session(2);
+    std::string file = directory / "second", copy = copies / "second";
+    ASSERT_EQ(session.call(42, nullptr, file + '\0', "", 0).status, 0);
+    fs::copy(file, copy);
+    ASSERT_EQ(session.call(42, nullptr, file + '\0', "", 1).status, 0);
+    ThreeFiles copied(copies, 3);
+    ASSERT_EQ(copied.session.open(&copied.blocks[1], copy), 0);
+    EXPECT_EQ(copied.contents(size_t{1}), ThreeFiles::after);
 }
 
 TEST_F(PendingCommitTest, AWriterChangesWhatTheCommitLeft) {
