@@ -102,4 +102,26 @@ TEST_F(FailedSyncTest, WhatFailedDoesNotComeBack) {
     }
 }
 
+using ResetTest = CrashTest;
+
+TEST_F(ResetTest, AllIsEndedWhateverFails) {
+    constexpr uint32_t stop = 25, reset = 28;
+    constexpr int32_t exclusive = -4;
+    for (uint32_t operation : {stop, reset}) {
+        ThreeFiles files(directory, 1);
+        ASSERT_EQ(files.open(), 0);
+        for (auto &block : files.blocks)
+            ASSERT_EQ(files.session.call(2, &block, operation == stop ? "e1" : "f1", "", -1).status, 0);
+        {
+            SystemCallWatch watch(directory.path(), [&](const SystemCall &call) {
+                return call.name == "fsync" && call.path == directory / "first-wal" ? Fate::fails
+                                                                                    : Fate::happens;
+            });
+            EXPECT_EQ(files.session.call(operation, nullptr).status, 2);
+        }
+        ThreeFiles other(directory, 2);
+        EXPECT_EQ(other.open({0, 1, 2}, exclusive), 0);
+    }
+}
+
 }  // namespace
