@@ -1,10 +1,10 @@
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 
+#include "embedded/file_rights.h"
 #include "embedded/storage/commit_pointer.h"
 #include "embedded/storage/pending_commit.h"
 #include "embedded/storage/sqlite_schema.h"
@@ -78,17 +78,6 @@ void copyLog(const std::string &from, const std::string &to) {
         throwSystemError(error.value());
 }
 
-// Owner, group and rights go over as far as this process may give them.
-void keepRights(const std::string &from, const std::string &to) {
-    struct stat status;
-    if (stat(from.c_str(), &status) != 0)
-        throwSystemError(errno);
-    if (chown(to.c_str(), status.st_uid, status.st_gid) != 0 && errno != EPERM)
-        throwSystemError(errno);
-    if (chmod(to.c_str(), status.st_mode & 07777) != 0)
-        throwSystemError(errno);
-}
-
 }  // namespace
 
 void syncDirectoryOf(const std::string &path) {
@@ -109,8 +98,11 @@ void requireStorage(const std::string &path) {
 
 void replaceByCopy(const std::string &path) {
     std::string copy = copyPath(path);
-    keepRights(path, copy);
-    Descriptor(copy, O_RDWR).sync();
+    Descriptor opened(copy, O_RDWR);
+    std::optional<FileRights> rights = rightsOf(path);
+    if (!rights || !giveRights(opened.get(), *rights))
+        throwSystemError(errno);
+    opened.sync();
     moveOnto(copy, path);
 }
 
