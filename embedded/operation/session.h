@@ -85,6 +85,7 @@ class Session {
     void abandon();
 
   private:
+    void beginPart(OpenFile &file);
     void endTransaction();
 
     std::map<std::string, std::unique_ptr<OpenFile>> files_;

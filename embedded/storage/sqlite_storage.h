@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 
+#include "embedded/storage/commit_pointer.h"
 #include "embedded/storage/sqlite_counts.h"
 #include "embedded/storage/sqlite_database.h"
 #include "embedded/storage/sqlite_redo.h"
@@ -55,6 +56,7 @@ class SqliteStorage final : public Storage {
     void sync() override;
     bool hasUnsyncedCommits() const override { return unsynced_; }
     void settle() override;
+    bool isPending() const override { return CommitPointer::isBeside(path_); }
     void setAccelerated(bool accelerated) override;
     void verify() override;
     std::optional<OwnerMode> owner() override;
