@@ -2,6 +2,7 @@
 
 #include <sys/random.h>
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
 
@@ -120,8 +121,26 @@ void Session::takeForChange(OpenFile &file) {
         return;
     }
     takenFiles_.reserve(takenFiles_.size() + 1);
-    file.storage().begin(waiting(), takenFiles_.empty() ? TransactionPart::first : TransactionPart::further);
+    beginPart(file);
     takenFiles_.push_back(&file);
+}
+
+// A file whose writer died may have been about to decide about others, which then takes the file for a
+// moment: once the transaction holds it, its own change of one of these would wait for that in vain.
+void Session::beginPart(OpenFile &file) {
+    TransactionPart part = takenFiles_.empty() ? TransactionPart::first : TransactionPart::further;
+    file.storage().begin(waiting(), part);
+    auto isPending = [&](const auto &other) {
+        return other.second.get() != &file && other.second->storage().isPending();
+    };
+    if (std::none_of(files_.begin(), files_.end(), isPending))
+        return;
+    file.storage().rollback();
+    for (auto &[path, other] : files_) {
+        if (!other->storage().isWriting())
+            other->storage().settle();
+    }
+    file.storage().begin(waiting(), part);
 }
 
 void Session::dropLostFile(OpenFile &file) {

@@ -87,6 +87,7 @@ class Session {
     void abandon();
 
   private:
+    void beginPart(OpenFile &file);
     void endTransaction();
     void forEachFile(void (OpenFile::*work)()) noexcept;
 

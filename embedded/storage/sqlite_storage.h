@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "embedded/file_identity.h"
+#include "embedded/storage/commit_pointer.h"
 #include "embedded/storage/sqlite_counts.h"
 #include "embedded/storage/sqlite_database.h"
 #include "embedded/storage/sqlite_redo.h"
@@ -56,6 +57,7 @@ class SqliteStorage final : public Storage {
     void checkpointIfIdle() override;
     bool hasUnsyncedCommits() const override { return unsynced_; }
     void settle() override;
+    bool isPending() const override { return CommitPointer::isBeside(path_); }
     void setAccelerated(bool accelerated) override;
     void verify() override;
     std::optional<OwnerMode> owner() override;

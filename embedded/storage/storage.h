@@ -148,6 +148,8 @@ class Storage {
     // Goes on with what commits over several files have left to do, as far as that is possible without
     // waiting; not inside a write transaction.
     virtual void settle() = 0;
+    // Whether a commit over several files has left the file's part of it to do.
+    virtual bool isPending() const = 0;
     // Without effect inside a write transaction.
     virtual void setAccelerated(bool accelerated) = 0;
     // Damage is thrown as an input/output error.

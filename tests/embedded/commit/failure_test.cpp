@@ -124,4 +124,22 @@ TEST_F(ResetTest, AllIsEndedWhateverFails) {
     }
 }
 
+TEST_F(FailedSyncTest, AFileStaysOpenWhereItCannotBeSyncedToClose) {
+    for (int32_t mode : {0, -4}) {
+        startAnew();
+        ThreeFiles mine(directory, 1);
+        ASSERT_EQ(mine.open({0, 1, 2}, mode), 0);
+        ASSERT_EQ(mine.session.call(2, mine.blocks.data(), "c2", "", -1).status, 0);
+        {
+            SystemCallWatch watch(directory.path(), [](const SystemCall &call) {
+                return call.name == "fsync" ? Fate::fails : Fate::happens;
+            });
+            ASSERT_EQ(mine.close(0), 2);
+        }
+        ASSERT_EQ(mine.session.call(2, mine.blocks.data(), "e2", "", -1).status, 0);
+        ASSERT_EQ(mine.close(0), 0);
+        ASSERT_EQ(mine.close(0), 3);
+    }
+}
+
 }  // namespace
