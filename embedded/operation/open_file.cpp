@@ -152,14 +152,19 @@ void OpenFile::encrypt(const NewOwner *owner) {
     syncDirectoryOf(path_);
 }
 
-// No snapshot is held for long, since it keeps the log from being emptied.
-void OpenFile::housekeep() {
-    if (storage_->isWriting())
-        return;
+void OpenFile::sync() {
     if (storage_->hasUnsyncedCommits())
         storage_->sync();
+}
+
+// No snapshot is held for long, since it keeps the log from being emptied.
+void OpenFile::housekeep() {
+    sync();
+    if (storage_->isWriting())
+        return;
     storage_->settle();
     storage_->releaseSnapshot();
+    storage_->checkpointIfIdle();
 }
 
 }  // namespace vantrel::embedded

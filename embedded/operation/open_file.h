@@ -57,6 +57,7 @@ class OpenFile {
     bool isLost() const { return storage_ == nullptr; }
 
     // Called regularly between calls.
+    void sync();
     void housekeep();
     // In a forked child: at once for what would act on the parent, later for the rest.
     void closeLocksInChild() { lockFile_.closeInChild(); }

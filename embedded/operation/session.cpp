@@ -3,6 +3,7 @@
 #include <sys/random.h>
 
 #include <cstring>
+#include <exception>
 
 #include "embedded/operation/continuous_operation.h"
 #include "engine/bytes.h"
@@ -14,6 +15,26 @@ namespace {
 
 constexpr uint32_t slotOffset = 0;
 constexpr uint32_t cookieOffset = 8;
+
+// What ends something goes on to its end, whatever fails on the way; the first failure is told then.
+class Ending {
+  public:
+    template <class Work>
+    void attempt(Work work) {
+        try {
+            work();
+        } catch (...) {
+            failure_ = failure_ ? failure_ : std::current_exception();
+        }
+    }
+    void rethrowFailure() const {
+        if (failure_)
+            std::rethrow_exception(failure_);
+    }
+
+  private:
+    std::exception_ptr failure_;
+};
 
 // A slot number, and a random cookie that fills the rest of the block.
 PositionBlock makeBlock(uint32_t slot) {
@@ -30,7 +51,7 @@ PositionBlock makeBlock(uint32_t slot) {
 Session::Session(const ClientIdentifier &identifier) : lockUser(identifier) {}
 
 Session::~Session() {
-    reset();
+    Ending().attempt([this] { reset(); });
 }
 
 Position &Session::position(const void *block) {
@@ -138,13 +159,17 @@ void Session::commitTransaction() {
 }
 
 void Session::rollbackTransaction() {
+    Ending ending;
     for (OpenFile *file : takenFiles_) {
-        if (file->storage().isWriting())
-            file->storage().rollback();
+        ending.attempt([file] {
+            if (file->storage().isWriting())
+                file->storage().rollback();
+        });
         file->changesTakenBack();
     }
     takenFiles_.clear();
     endTransaction();
+    ending.rethrowFailure();
 }
 
 // Allocates nothing, since the transaction has ended.
@@ -166,11 +191,12 @@ void Session::endTransaction() {
 }
 
 void Session::reset() {
+    Ending ending;
     if (insideTransaction())
-        rollbackTransaction();
+        ending.attempt([this] { rollbackTransaction(); });
     for (auto &position : positions_) {
         if (position != nullptr)
-            removePosition(*position);
+            ending.attempt([&] { removePosition(*position); });
     }
     positions_.clear();
     files_.clear();
@@ -179,6 +205,7 @@ void Session::reset() {
     login = {};
     lockUser.setName({});
     lockUser.refusal.reset();
+    ending.rethrowFailure();
 }
 
 bool Session::holdsNothing() const {
@@ -186,9 +213,23 @@ bool Session::holdsNothing() const {
            !login.isActive && !lockUser.refusal;
 }
 
-void Session::housekeep() {
-    for (auto &[path, file] : files_)
-        file->housekeep();
+// One file's failure is none of the others; it is tried again at the next turn, and a call that needs the
+// file reports what is wrong.
+void Session::forEachFile(void (OpenFile::*work)()) noexcept {
+    for (auto &[path, file] : files_) {
+        try {
+            (file.get()->*work)();
+        } catch (...) {
+        }
+    }
+}
+
+void Session::sync() noexcept {
+    forEachFile(&OpenFile::sync);
+}
+
+void Session::housekeep() noexcept {
+    forEachFile(&OpenFile::housekeep);
 }
 
 void Session::abandon() {

@@ -53,6 +53,7 @@ class SqliteStorage final : public Storage {
     bool snapshotIsCurrent() override;
     void releaseSnapshot() override;
     void sync() override;
+    void checkpointIfIdle() override;
     bool hasUnsyncedCommits() const override { return unsynced_; }
     void settle() override;
     void setAccelerated(bool accelerated) override;
@@ -136,6 +137,7 @@ class SqliteStorage final : public Storage {
     bool unsynced_ = false;
     bool accelerated_ = false;
     bool keepsRedo_ = false;
+    WalIndex::Header headerAtLastTurn_{};
     std::optional<FileIdentity> log_, logIndex_;  // as this connection opened them
     Synchronous synchronous_ = Synchronous::normal;
     int64_t changesBefore_ = 0;  // the write transaction

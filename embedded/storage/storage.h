@@ -143,6 +143,8 @@ class Storage {
     // Makes all that is committed survive power loss.
     virtual void sync() = 0;
     virtual bool hasUnsyncedCommits() const = 0;
+    // Brings a long log into the file where nobody has committed since this was called last.
+    virtual void checkpointIfIdle() = 0;
     // Goes on with what commits over several files have left to do, as far as that is possible without
     // waiting; not inside a write transaction.
     virtual void settle() = 0;
@@ -177,7 +179,7 @@ class Freeze {
     virtual void abandon() = 0;
 };
 
-// Status 85 is thrown where a transaction holds the file.
+// All that was committed is in it. Status 85 is thrown where a transaction holds the file.
 std::unique_ptr<Freeze> freezeStorage(const std::string &path);
 
 // Commits the write transactions of several files durably, begun in this order as first and further ones: all

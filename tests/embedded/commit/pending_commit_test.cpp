@@ -17,6 +17,8 @@ namespace fs = std::filesystem;
 class PendingCommitTest : public CrashTest {
   protected:
     void dieBeforeSecond() { dieAt("write", "second-wal"); }
+    TemporaryDirectory copies;
+
     void dieUndecided() { dieAt("fsync", "first-wal"); }
     int32_t rename(const std::string &from, const std::string &to) {
         EngineSession session(3);
@@ -50,6 +52,18 @@ TEST_F(PendingCommitTest, AReaderSeesItAtItsNextSnapshot) {
     ASSERT_EQ(reader.open(), 0);
     dieBeforeSecond();
     EXPECT_EQ(reader.contents({2, 1, 0}), ThreeFiles::after);
+}
+
+TEST_F(PendingCommitTest, ACopyInContinuousOperationHasIt) {
+    dieBeforeSecond();
+    EngineSession session(2);
+    std::string file = directory / "second", copy = copies / "second";
+    ASSERT_EQ(session.call(42, nullptr, file + '\0', "", 0).status, 0);
+    fs::copy(file, copy);
+    ASSERT_EQ(session.call(42, nullptr, file + '\0', "", 1).status, 0);
+    ThreeFiles copied(copies, 3);
+    ASSERT_EQ(copied.session.open(&copied.blocks[1], copy), 0);
+    EXPECT_EQ(copied.contents(size_t{1}), ThreeFiles::after);
 }
 
 TEST_F(PendingCommitTest, AWriterChangesWhatTheCommitLeft) {
@@ -143,9 +157,8 @@ TEST_F(PendingCommitTest, TheLivingWriterHoldsNoReaderUp) {
         });
         ASSERT_EQ(writer.end(), 0);
     }
-    // At the two pointers, the header of the coordinator's log and its commit; at the headers of the other
-    // logs, between the commits; at last at the other logs.
-    EXPECT_EQ(seen, (std::vector<std::string>{"bbb", "bbb", "bbb", "bbb", "abb", "aab", "aaa", "aaa"}));
+    // At the two pointers, and at the header of each log and its commit.
+    EXPECT_EQ(seen, (std::vector<std::string>{"bbb", "bbb", "bbb", "bbb", "abb", "abb", "aab", "aab"}));
     EXPECT_EQ(reader.contents(), ThreeFiles::after);
 }
 
