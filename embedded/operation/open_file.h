@@ -36,6 +36,8 @@ class OpenFile {
     void unlock(Position &position, int64_t address);
     void unlockAll(Position &position);
     void unlockTransaction();
+    // The same where a single change may have written without one.
+    void unlockWritten();
 
     // The version of a record that the transaction changes, none where it inserts it.
     void noteVersionBefore(int64_t address, std::optional<uint64_t> before, bool insideTransaction);

@@ -181,8 +181,10 @@ void Session::rollbackTransaction() {
     Ending ending;
     for (OpenFile *file : takenFiles_) {
         ending.attempt([file] {
-            if (file->storage().isWriting())
-                file->storage().rollback();
+            if (!file->storage().isWriting())
+                return;
+            file->unlockTransaction();
+            file->storage().rollback();
         });
         file->changesTakenBack();
     }
@@ -276,9 +278,9 @@ ChangeScope::~ChangeScope() {
             file_.recordLocks().releaseChanged(lastLocked_);
         return;
     }
+    file_.recordLocks().releaseAllChanged();
     if (!isDone_)
         storage_.rollback();
-    file_.recordLocks().releaseAllChanged();
 }
 
 bool ChangeScope::tryLock(int64_t address) {

@@ -84,6 +84,7 @@ void SqliteStorage::commit(Durability durability) {
         rollback();
         throw;
     }
+    writeGate_->committed();
     endWriting();
     isRedefined_ = false;
     counts_.committed();

@@ -69,11 +69,13 @@ struct FileState {
 };
 
 // Keeps the writers of a file apart. A write transaction begins inside `enter`, which calls `begin` until it
-// returns true, and throws where another writer is in the way too long; `leave` follows its end.
+// returns true, and throws where another writer is in the way too long; `leave` follows its end, and
+// `committed` a successful one before that.
 class WriteGate {
   public:
     virtual ~WriteGate() = default;
     virtual void enter(Waiting waiting, const std::function<bool()> &begin) = 0;
+    virtual void committed() = 0;
     virtual void leave() = 0;
 };
 
