@@ -43,6 +43,11 @@ class EncryptedFileTest : public testing::Test {
         EXPECT_EQ(file->pMethods->xFileSize(file, &size), SQLITE_OK);
         return size;
     }
+    static std::string readFrom(sqlite3_file *read, int64_t offset, size_t length) {
+        std::string bytes(length, '\xEE');
+        EXPECT_EQ(read->pMethods->xRead(read, bytes.data(), static_cast<int>(length), offset), SQLITE_OK);
+        return bytes;
+    }
     // Every part of what was written reads as written.
     static void compareRanges(sqlite3_file *read, const std::string &model) {
         std::mt19937 random(3);
@@ -59,6 +64,13 @@ class EncryptedFileTest : public testing::Test {
     static std::string contentOf(const std::string &name) {
         std::ifstream stream(name, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    static std::string firstBytes(const std::string &name, size_t count) {
+        std::ifstream stream(name, std::ios::binary);
+        std::string bytes(count, '\0');
+        stream.read(bytes.data(), static_cast<std::streamsize>(count));
+        return bytes;
     }
 
     std::string path =
@@ -96,6 +108,22 @@ TEST_F(EncryptedFileTest, TruncatingCountsWithoutTheHeader) {
     EXPECT_EQ(contentOf(path).size(), 8192u);
 }
 
+// An offset of 4 GiB cut to 32 bits would be that of the first page, one of 5 GiB that of the page at 1 GiB.
+TEST_F(EncryptedFileTest, PagesLieWhereTheyBelongBeyondFourGibibytes) {
+    constexpr int64_t gibibyte = 1'073'741'824;
+    const std::pair<int64_t, char> pages[] = {
+        {0, 'a'}, {gibibyte, 'b'}, {2 * gibibyte, 'c'}, {4 * gibibyte, 'd'}, {5 * gibibyte, 'e'}};
+    for (auto [offset, content] : pages) {
+        ASSERT_EQ(write(std::string(8192, content), offset), SQLITE_OK);
+        EXPECT_EQ(size(), offset + 8192);
+    }
+    for (auto [offset, content] : pages)
+        EXPECT_TRUE(readFrom(file, offset, 8192) == std::string(8192, content)) << offset;
+    EXPECT_EQ(std::filesystem::file_size(path), 5'368'725'504u);
+    ASSERT_EQ(file->pMethods->xTruncate(file, 4 * gibibyte), SQLITE_OK);
+    EXPECT_EQ(std::filesystem::file_size(path), 4'294'975'488u);
+}
+
 TEST_F(EncryptedFileTest, PartsOfPagesAreNotWritten) {
     EXPECT_EQ(write(std::string(100, 'a'), 0), SQLITE_IOERR_WRITE);
     EXPECT_EQ(write(std::string(8192, 'a'), 100), SQLITE_IOERR_WRITE);
@@ -118,6 +146,24 @@ TEST_F(EncryptedFileTest, ALogReadsAsWrittenAndShowsNothing) {
     EXPECT_EQ(plain.substr(0, 4), std::string("\x37\x7F\x06\x82", 4));
     EXPECT_NE(content.substr(0, 4), plain.substr(0, 4));
     compareRanges(log, plain);
+}
+
+// The first frames behind 2, 4 and 5 GiB: each 8,216 bytes, behind the 32 of the log's header.
+TEST_F(EncryptedFileTest, FramesOfALogLieWhereTheyBelongBeyondFourGibibytes) {
+    execute(
+        "PRAGMA page_size = 8192; PRAGMA journal_mode = OFF; PRAGMA journal_mode = WAL; CREATE TABLE "
+        "shown(text TEXT)");
+    sqlite3_file *log = nullptr;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);
+    std::string written = contentOf(path + "-wal");
+    const std::pair<int64_t, char> frames[] = {
+        {2'147'489'896, 'c'}, {4'294'971'544, 'd'}, {5'368'712'368, 'e'}};
+    for (auto [offset, content] : frames)
+        ASSERT_EQ(log->pMethods->xWrite(log, std::string(8216, content).data(), 8216, offset), SQLITE_OK);
+    for (auto [offset, content] : frames)
+        EXPECT_TRUE(readFrom(log, offset, 8216) == std::string(8216, content)) << offset;
+    EXPECT_EQ(std::filesystem::file_size(path + "-wal"), 5'368'720'584u);
+    EXPECT_TRUE(firstBytes(path + "-wal", written.size()) == written);
 }
 
 TEST_F(EncryptedFileTest, TheNameOpensItAgainAndAnotherDoesNot) {
