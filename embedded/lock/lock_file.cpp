@@ -319,6 +319,7 @@ std::optional<HolderDescription> LockFile::descriptionOf(int64_t part, const Hol
 
 void LockFile::noteRefusal(int64_t part) {
     user_.refusal.reset();
+    user_.refusalIsOfThisCall = true;
     std::optional<Holder> holder = holderOf(part);
     if (!holder)
         return;

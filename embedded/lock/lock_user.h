@@ -59,8 +59,10 @@ class LockUser {
     bool isInTransaction() const { return description_.transactionStart != 0; }
     void setName(const std::string &name);
 
-    // The last one, for the statistics.
+    // The last one, for the statistics; none where nobody knows who it was.
     std::optional<Refusal> refusal;
+    // Whether it is one of the call that is being made.
+    bool refusalIsOfThisCall = false;
 
   private:
     HolderDescription description_;

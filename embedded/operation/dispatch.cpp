@@ -114,16 +114,25 @@ int32_t statusOf(Work work) {
     }
 }
 
+// The last refusal is this one, even where it is not known whose.
+void forgetOlderRefusal(LockUser &user, int32_t status) {
+    bool isRefused = status == VANTREL_STATUS_RECORD_IN_USE || status == VANTREL_STATUS_FILE_IN_USE;
+    if (isRefused && !user.refusalIsOfThisCall)
+        user.refusal.reset();
+}
+
 int32_t execute(Session &session, Request &request) {
     OperationFunction *function = functionOf(request.operation);
     if (function == nullptr)
         return VANTREL_STATUS_INVALID_FUNCTION;
     bool hasReturned = false;
+    session.lockUser.refusalIsOfThisCall = false;
     int32_t status = statusOf([&] {
         int32_t returned = function(session, request);
         hasReturned = true;
         return returned;
     });
+    forgetOlderRefusal(session.lockUser, status);
     if (!hasReturned)
         request.delivered = 0;
     return status;

@@ -32,8 +32,10 @@ ByteView newNameIn(const Request &request) {
 class SoleUse {
   public:
     explicit SoleUse(OpenFile &file) : file_(file) {
-        if (!file.lockFile().makeExclusive())
-            throw StatusError{VANTREL_STATUS_FILE_IN_USE};
+        if (file.lockFile().makeExclusive())
+            return;
+        file.lockFile().noteRefusal(openedFile);
+        throw StatusError{VANTREL_STATUS_FILE_IN_USE};
     }
     ~SoleUse() {
         try {

@@ -63,7 +63,7 @@ class HeldKeys {
                 return std::make_shared<Encryption>(
                     Encryption{header, held->key, held->key.pageCipher(), held->nameMark});
         }
-        throw StatusError{VANTREL_STATUS_INVALID_OWNER};
+        return nullptr;
     }
 
   private:
@@ -92,9 +92,10 @@ int findEncryption(EncryptedFile &file, std::shared_ptr<Encryption> &encryption)
     if (code != SQLITE_OK)
         return code;
     EncryptionHeader header(bytes);
-    bool usesHeldKey = currentScope != nullptr && currentScope->usesHeldKey;
-    encryption = usesHeldKey ? heldKeys().find(header)
-                             : unlock(header, currentScope == nullptr ? ByteView() : currentScope->ownerName);
+    if (currentScope != nullptr && currentScope->usesHeldKey)
+        encryption = heldKeys().find(header);
+    if (encryption == nullptr)
+        encryption = unlock(header, currentScope == nullptr ? ByteView() : currentScope->ownerName);
     heldKeys().add(encryption);
     return SQLITE_OK;
 }

@@ -16,7 +16,8 @@ class OpeningScope {
     explicit OpeningScope(ByteView ownerName);
     // A database that is made is encrypted for the owner.
     explicit OpeningScope(const NewOwner &owner);
-    // For what the engine does by itself: databases open with the key of another connection of the process.
+    // For what the engine does by itself: databases open with the key of another connection of the process,
+    // or with that for reading.
     enum class HeldKey { only };
     explicit OpeningScope(HeldKey);
     ~OpeningScope();

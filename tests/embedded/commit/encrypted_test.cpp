@@ -58,4 +58,26 @@ TEST_F(EncryptedCommitTest, AnEncryptedFileThatDecidedIsOpenedBeforeTheOthers) {
     });
 }
 
+TEST_F(EncryptedCommitTest, NobodyIsNamedWhereACommitIsPending) {
+    encrypt({0});
+    dieAt("write", "second-wal");
+    ChildProcess::run([&]() -> std::string {
+        constexpr int32_t exclusive = -4;
+        EngineSession other(2);
+        EngineSession::PositionBlock held{}, own{}, refused{};
+        std::string request = createRequest(2, 0, {{{0, 1}}});
+        EXPECT_EQ(other.create(directory / "held", request), 0);
+        EXPECT_EQ(other.create(directory / "own", request), 0);
+        EXPECT_EQ(other.open(&held, directory / "held", exclusive), 0);
+        ThreeFiles files(directory, 1);
+        EXPECT_EQ(files.session.open(&own, directory / "own"), 0);
+        auto lockOwner = [&] { return files.session.call(65, &own, "ExSt" + u32(6), "", 0, 104).data; };
+        EXPECT_EQ(files.session.open(&refused, directory / "held"), 85);
+        EXPECT_EQ(number(lockOwner(), 12, 2), 2u);
+        EXPECT_EQ(files.open({1, 0, 2}), 85);
+        EXPECT_EQ(lockOwner(), std::string(104, '\0'));
+        return {};
+    });
+}
+
 }  // namespace

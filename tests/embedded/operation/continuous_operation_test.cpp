@@ -248,4 +248,24 @@ TEST_F(ContinuousOperationTest, AForkedChildDoesNotInheritIt) {
     EXPECT_NE(bytesOnDisk(), before);
 }
 
+TEST_F(ContinuousOperationTest, NeedsTheKeyOfAnEncryptedFile) {
+    constexpr int32_t deniedEncrypted = 2, readableEncrypted = 3, invalidOwner = 51;
+    for (int32_t mode : {deniedEncrypted, readableEncrypted}) {
+        ASSERT_EQ(session.call(29, &block, "harbour", "harbour", mode).status, 0);
+        EXPECT_EQ(change(other, path, begin), 0);
+        EXPECT_EQ(change(other, path, end), 0);
+        ASSERT_EQ(session.call(1, &block).status, 0);
+        EXPECT_EQ(change(other, path, begin), mode == readableEncrypted ? 0 : invalidOwner);
+        ASSERT_EQ(session.call(0, &block, "harbour", path + '\0', 0).status, 0);
+        if (mode == readableEncrypted) {
+            std::string before = bytesOnDisk();
+            EXPECT_EQ(insert(session, block, 1), 0);
+            EXPECT_EQ(bytesOnDisk(), before);
+            EXPECT_EQ(change(other, path, end), 0);
+            EXPECT_NE(bytesOnDisk(), before);
+        }
+        ASSERT_EQ(session.call(30, &block).status, 0);
+    }
+}
+
 }  // namespace

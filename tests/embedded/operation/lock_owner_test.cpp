@@ -179,4 +179,14 @@ TEST_F(LockOwnerTest, HandlesOfTheDeadAreNotCounted) {
     EXPECT_EQ(handles(), 3u);
 }
 
+TEST_F(LockOwnerTest, IsTheSessionThatKeepsAFileFromBeingEncrypted) {
+    ASSERT_EQ(clients[2]->reset(), 0);
+    ASSERT_EQ(holder.read('a', 200), 0);
+    ASSERT_EQ(asker.read('a', 200), 84);
+    ASSERT_EQ(flags(owner(asker)), explicitLock | recordLock | sameProcess | singleNoWait);
+    ASSERT_EQ(asker.session.call(29, asker.block(), "harbour", "harbour", 2).status, 85);
+    EXPECT_EQ(number(owner(asker), 12, 2), 2u);
+    EXPECT_EQ(flags(owner(asker)), fileLock | sameProcess);
+}
+
 }  // namespace

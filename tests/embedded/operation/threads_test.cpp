@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <atomic>
 #include <random>
 #include <thread>
 
@@ -146,6 +147,86 @@ TEST_F(ThreadsTest, MakeAndRemoveFilesOfTheirOwn) {
             EXPECT_EQ(session.call(13, &block, "", "k", 1, 2).data, "a1");
             EXPECT_EQ(session.call(1, &block).status, 0);
             EXPECT_EQ(session.call(14, nullptr, "", path + '\0', -128).status, 0);
+        }
+    });
+}
+
+TEST_F(ThreadsTest, WaitForEachOtherUntilAllAreStopped) {
+    run([this](int thread, std::mt19937 &random) {
+        EngineSession stopper(static_cast<uint8_t>(20 + thread));
+        for (int round = 0; round < rounds / 6; ++round) {
+            LockClient client(static_cast<uint8_t>(10 + thread), paths);
+            for (size_t step = 0; step < 4; ++step) {
+                size_t file = random() % 2;
+                expectOneOf(client.begin(), {0, 37});
+                expectOneOf(client.read(static_cast<char>('a' + random() % 3), 300, file), {0, 3, 78});
+                expectOneOf(client.update("a1", file), {0, 3, 5, 8, 10, 78, 80, 84});
+            }
+            if (random() % 4 == 0) {
+                EXPECT_EQ(stopper.call(25, nullptr).status, 0);
+            }
+            expectOneOf(client.end(), {0, 39});
+        }
+    });
+}
+
+TEST_F(ThreadsTest, CopyAFileThatOthersChange) {
+    std::atomic<int> begun{0};
+    run([this, &begun](int thread, std::mt19937 &random) {
+        LockClient client(static_cast<uint8_t>(10 + thread), paths);
+        const std::string name = paths[0] + '\0';
+        for (int round = 0; round < rounds / 10; ++round) {
+            change(client, random() % 2, random);
+            client.unlock(-2, 0);
+            client.unlock(-2, 1);
+            if (thread != 0)
+                continue;
+            int32_t status = client.session.call(42, nullptr, name, "", 0).status;
+            expectOneOf(status, {0, 85});
+            if (status != 0)
+                continue;
+            ++begun;
+            change(client, random() % 2, random);
+            EXPECT_EQ(client.session.call(42, nullptr, name, "", 1).status, 0);
+        }
+    });
+    EXPECT_GT(begun, 0);
+}
+
+TEST_F(ThreadsTest, AskForPercentagesOfWhatOthersChange) {
+    run([this](int thread, std::mt19937 &random) {
+        LockClient client(static_cast<uint8_t>(10 + thread), paths);
+        EngineSession &session = client.session;
+        for (int round = 0; round < rounds; ++round) {
+            change(client, 0, random);
+            client.unlock(-2, 0);
+            int32_t index = random() % 2 == 0 ? 0 : -1;
+            std::string part = u32(static_cast<uint32_t>(random() % 10001));
+            expectOneOf(session.call(44, client.block(), part, "k", index).status, {0, 9});
+            Reply address = session.call(22, client.block(), "", "", 0, 8);
+            if (address.status == 0)
+                expectOneOf(session.call(45, client.block(), address.data, "a", index).status, {0, 43, 44});
+        }
+    });
+}
+
+TEST_F(ThreadsTest, OpenAndChangeEncryptedFiles) {
+    for (size_t file : {0u, 1u})
+        ASSERT_EQ(clients[0]
+                      ->session.call(29, clients[0]->block(file), "harbour", "harbour", file == 0 ? 2 : 3)
+                      .status,
+                  0);
+    run([this](int thread, std::mt19937 &random) {
+        EngineSession session(static_cast<uint8_t>(10 + thread));
+        for (int round = 0; round < rounds / 30; ++round) {
+            EngineSession::PositionBlock block{};
+            const std::string &path = paths[random() % 2];
+            ASSERT_EQ(session.call(0, &block, "harbour", path + '\0', 0).status, 0);
+            std::string record{static_cast<char>('d' + thread), '0'};
+            EXPECT_EQ(session.call(2, &block, record, "", -1).status, 0);
+            EXPECT_EQ(session.call(4, &block).status, 0);
+            expectOneOf(session.call(42, nullptr, path + '\0', "", 0).status, {0, 41, 85});
+            EXPECT_EQ(session.call(28, nullptr).status, 0);
         }
     });
 }
