@@ -1,12 +1,13 @@
 #!/bin/bash
 # Installs a build, moves what was installed, and builds a program against it in every way that the manual
-# names, with the C and the C++ compiler.
+# names, with the C and the C++ compiler. Of a cross build it only looks at what is installed.
 # Usage: install_test.sh BUILD_FOLDER
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
 build=$(realpath "$1")
 program=$root/tests/library/first_program.c
+toolchain=$(cd "$root" && sed -n 's/^CMAKE_TOOLCHAIN_FILE:.*=//p' "$build/CMakeCache.txt" | xargs -r realpath)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -64,6 +65,22 @@ done
 places=$(grep -rlaF -e "$build" -e "$root" -e "$work" "$prefix/include" "$prefix/lib/pkgconfig" "$prefix/lib/cmake" "$prefix/share" || true)
 same "files that name a folder of this machine" "" "$places"
 
+compiler=cc
+options=(-DCMAKE_INSTALL_PREFIX=/usr -DVANTREL_BUILD_TESTS=OFF)
+if [[ -n $toolchain ]]; then
+    compiler=$(sed -nE 's/^set\(vantrel_compiler (.*)\)$/\1-gcc/p' "$toolchain")
+    options+=(-DCMAKE_TOOLCHAIN_FILE="$toolchain")
+fi
+multiarch=$("$compiler" -print-multiarch)
+if [[ -n $multiarch ]]; then
+    echo "-- Debian's folders under /usr"
+    cmake -G Ninja -S "$root" -B usr "${options[@]}" >/dev/null
+    same "folder of libraries" "lib/$multiarch" "$(sed -n 's/^CMAKE_INSTALL_LIBDIR:.*=//p' usr/CMakeCache.txt)"
+    grep -qF '/../../../include' usr/vantrel.pc || fail "$(<usr/vantrel.pc)"
+fi
+
+[[ -z $toolchain ]] || exit 0
+
 echo "-- manual pages"
 for section in 3 7; do
     page=$prefix/share/man/man$section/vantrel.$section
@@ -108,11 +125,3 @@ for version in 15 17 16.1; do
         fail "version $version was found"
     grep -q "version: 16.0.0" out || fail "version $version: $(<out)"
 done
-
-if command -v dpkg-architecture >/dev/null; then
-    echo "-- Debian's folders under /usr"
-    cmake -G Ninja -S "$root" -B usr -DCMAKE_INSTALL_PREFIX=/usr -DVANTREL_BUILD_TESTS=OFF >/dev/null
-    same "folder of libraries" "lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)" \
-        "$(sed -n 's/^CMAKE_INSTALL_LIBDIR:.*=//p' usr/CMakeCache.txt)"
-    grep -qF '/../../../include' usr/vantrel.pc || fail "$(<usr/vantrel.pc)"
-fi
