@@ -56,6 +56,10 @@ share/man/man3/vantrel.3
 share/man/man7/vantrel.7" "$(installed)"
 same "documents" "$(cd "$root" && ls docs/*.md)" "$(cd "$prefix/share/doc/vantrel" && ls docs/*)"
 same "demonstration" "$(ls "$root/examples/catalogue")" "$(ls "$prefix/share/doc/vantrel/examples/catalogue")"
+while IFS=: read -r document link; do
+    [[ -e $(dirname "$document")/$link ]] || fail "${document#"$prefix/"} links $link, which is not there"
+done < <(grep -oE '\]\([^)]+\)' --with-filename "$prefix"/share/doc/vantrel/{README.md,docs/*.md} | sed 's/\](//; s/)$//; s/#.*//' |
+    grep -vE ':https?:')
 for file in "$prefix"/lib/*.so; do
     same "soname of $file" "$(basename "$file").16" \
         "$(readelf --dynamic --wide "$file" | sed -nE 's/.*\(SONAME\).*\[(.*)\]/\1/p')"
