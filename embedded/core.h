@@ -46,8 +46,9 @@ void vantrelCoreCloseSession(vantrel::embedded::Session *session);
 bool vantrelCoreSessionHoldsNothing(vantrel::embedded::Session *session);
 
 // Ends all that the session holds; it goes on empty. A call that is under way in it is waited for, or else
-// left alone with all that the session holds.
-void vantrelCoreResetSession(vantrel::embedded::Session *session, bool waits);
+// left alone with all that the session holds. The status of the first thing that could not be ended as it
+// should.
+int32_t vantrelCoreResetSession(vantrel::embedded::Session *session, bool waits);
 
 // A process that forks calls these around the fork; in the child every session is lost afterwards.
 void vantrelCorePrepareFork();

@@ -13,9 +13,9 @@ constexpr uint16_t operationStop = 25;
 int32_t execute(Request *request, const void *clientIdentifier) {
     std::shared_ptr<Session> session = findSession(clientIdentifier);
     if (request->operation == operationStop) {
-        resetAllSessions();
+        int32_t status = resetAllSessions();
         forgetIfUnused(session, clientIdentifier);
-        return VANTREL_STATUS_NO_ERROR;
+        return status;
     }
     int32_t status = vantrelCoreExecute(session.get(), request);
     if (request->leavesNothing)

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <new>
 
+#include "vantrel.h"
+
 namespace vantrel::embedded {
 
 namespace {
@@ -82,19 +84,23 @@ void forgetIfUnused(const std::shared_ptr<Session> &session, const void *clientI
 }
 
 // Sessions that wait for what others hold are left for the second turn, when those hold nothing any more.
-void resetAllSessions() {
+int32_t resetAllSessions() {
     Registry &known = currentRegistry();
     std::map<IdentifierBlock, std::shared_ptr<Session>> sessions;
     {
         std::lock_guard lock(known.mutex);
         sessions = known.sessions;
     }
+    int32_t failure = VANTREL_STATUS_NO_ERROR;
     for (bool waits : {false, true}) {
-        for (auto &[block, session] : sessions)
-            vantrelCoreResetSession(session.get(), waits);
+        for (auto &[block, session] : sessions) {
+            int32_t status = vantrelCoreResetSession(session.get(), waits);
+            failure = failure != VANTREL_STATUS_NO_ERROR ? failure : status;
+        }
     }
     for (auto &[block, session] : sessions)
         forgetIfUnused(session, block.data());
+    return failure;
 }
 
 }  // namespace vantrel::embedded

@@ -14,8 +14,9 @@ std::shared_ptr<Session> findSession(const void *clientIdentifier);
 // Frees a session that holds nothing, unless another call is using it.
 void forgetIfUnused(const std::shared_ptr<Session> &session, const void *clientIdentifier);
 
-// Ends all that the sessions of this process hold.
-void resetAllSessions();
+// Ends all that the sessions of this process hold. The status of the first thing that could not be ended as
+// it should.
+int32_t resetAllSessions();
 
 }  // namespace vantrel::embedded
 

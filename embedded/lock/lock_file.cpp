@@ -7,6 +7,7 @@
 #include <atomic>
 #include <vector>
 
+#include "embedded/file_rights.h"
 #include "embedded/lock/holder_slot.h"
 #include "embedded/lock/lock_wait.h"
 #include "embedded/system_error.h"
@@ -39,6 +40,22 @@ int64_t randomHandleByte() {
     return firstHandleByte + static_cast<int64_t>(random % static_cast<uint64_t>(handleRange / 2)) * 2;
 }
 
+// A missing one is made for all who may use the record file. A link is followed nowhere: who may put one here
+// need have no right to what it names.
+int openOrMake(const std::string &path, const std::optional<FileRights> &rights) {
+    constexpr int flags = O_RDWR | O_NOFOLLOW | O_CLOEXEC;
+    for (;;) {
+        int found = open(path.c_str(), flags);
+        if (found >= 0 || errno != ENOENT)
+            return found;
+        int made = open(path.c_str(), flags | O_CREAT | O_EXCL, rights ? rights->mode : 0666);
+        if (made >= 0 && rights)
+            giveRights(made, *rights);
+        if (made >= 0 || errno != EEXIST)
+            return made;
+    }
+}
+
 // Sessions of one process begin their search for a free slot at different ones.
 uint16_t firstSlotToTry() {
     static std::atomic<uint32_t> next{0};
@@ -55,7 +72,8 @@ LockFile::LockFile(const std::string &path, Sharing sharing, LockUser &user)
     : path_(lockFilePath(path)), user_(user) {
     // A user that leaves last removes the side file, perhaps between its opening and its locking here.
     do {
-        if (!openSideFile())
+        openSideFile(path, sharing);
+        if (descriptor_ < 0)
             return;
     } while (!enter(sharing));
 }
@@ -85,17 +103,17 @@ bool LockFile::enter(Sharing sharing) {
     return false;
 }
 
-// Without write permission an existing side file is still used for reading, and a missing one done without.
-bool LockFile::openSideFile() {
-    descriptor_ = open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+// Without write permission an existing side file is still used for reading, and a missing one done without;
+// but nobody can be kept out.
+void LockFile::openSideFile(const std::string &path, Sharing sharing) {
+    descriptor_ = openOrMake(path_, rightsOf(path));
     isWritable_ = descriptor_ >= 0;
     if (isWritable_)
-        return true;
-    int error = errno;
-    if (error != EACCES && error != EROFS && error != EPERM)
-        throwSystemError(error);
-    descriptor_ = open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    return descriptor_ >= 0;
+        return;
+    bool isDenied = errno == EACCES || errno == EROFS || errno == EPERM;
+    if (!isDenied || sharing == Sharing::exclusive)
+        throwSystemError(errno);
+    descriptor_ = open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
 }
 
 void LockFile::identify() {
@@ -179,7 +197,8 @@ bool LockFile::trySetOpened(short type, HoldKind kind) {
 }
 
 bool LockFile::makeExclusive() {
-    return isWritable_ && trySetOpened(F_WRLCK, HoldKind::exclusiveOpening);
+    require(isWritable_, VANTREL_STATUS_PERMISSION_ERROR);
+    return trySetOpened(F_WRLCK, HoldKind::exclusiveOpening);
 }
 
 void LockFile::makeShared() {
@@ -217,8 +236,7 @@ uint32_t LockFile::handleCount() {
 }
 
 bool LockFile::tryMarkContinuousOperation() {
-    if (!isWritable_)
-        throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
+    require(isWritable_, VANTREL_STATUS_PERMISSION_ERROR);
     return trySet(F_WRLCK, continuousOperationByte, 1);
 }
 

@@ -24,7 +24,7 @@ class LockFile {
     enum class Sharing { shared, exclusive };
 
     // Announces a user of the file at the path: shared with others, or alone. A conflict is thrown as
-    // status 85.
+    // status 85, a side file that may not be written as 94 where the user would be alone.
     LockFile(const std::string &path, Sharing sharing, LockUser &user);
     // Removes the side file where no other user is left.
     ~LockFile();
@@ -34,7 +34,8 @@ class LockFile {
     LockUser &user() { return user_; }
     const FileIdentity &id() const { return id_; }
 
-    // False where other users are left. Going back to shared always succeeds.
+    // False where other users are left; status 94 is thrown where it cannot be seen to. Going back to shared
+    // always succeeds.
     bool makeExclusive();
     void makeShared();
 
@@ -81,7 +82,7 @@ class LockFile {
         int64_t start, end;
     };
 
-    bool openSideFile();
+    void openSideFile(const std::string &path, Sharing sharing);
     bool isInPlace() const;
     void identify();
     bool enter(Sharing sharing);

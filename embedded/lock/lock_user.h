@@ -56,6 +56,7 @@ class LockUser {
 
     void beginTransaction(bool neverWaits);
     void endTransaction();
+    bool isInTransaction() const { return description_.transactionStart != 0; }
     void setName(const std::string &name);
 
     // The last one, for the statistics.

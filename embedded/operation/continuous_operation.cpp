@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <chrono>
+#include <thread>
 #include <vector>
 
 #include "embedded/operation/operations.h"
@@ -31,7 +33,24 @@ Paths pathsOf(const Session &session, const std::string &names) {
     return paths;
 }
 
-// All of the files or none.
+// Longer than any change outside a transaction takes.
+constexpr auto longestWait = std::chrono::seconds(2);
+
+void holdWriters(Session::ContinuousOperations &operations) {
+    auto deadline = std::chrono::steady_clock::now() + longestWait;
+    for (auto &[path, operation] : operations) {
+        while (!operation->tryHoldWriters()) {
+            if (std::chrono::steady_clock::now() >= deadline) {
+                operation->noteRefusal();
+                throw StatusError{VANTREL_STATUS_FILE_IN_USE};
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+}
+
+// All of the files or none, and all at one moment, so that what a transaction did to several is in all of
+// them.
 int32_t begin(Session &session, const Paths &paths) {
     Session::ContinuousOperations begun;
     for (const std::string &path : paths) {
@@ -44,6 +63,11 @@ int32_t begin(Session &session, const Paths &paths) {
             file->storage().releaseSnapshot();
         begun.emplace(path, std::make_unique<ContinuousOperation>(path, session.lockUser));
     }
+    holdWriters(begun);
+    for (auto &[path, operation] : begun)
+        operation->begin();
+    for (auto &[path, operation] : begun)
+        operation->letWritersGoOn();
     session.continuousOperations.merge(begun);
     return VANTREL_STATUS_NO_ERROR;
 }
@@ -68,10 +92,9 @@ int32_t end(Session &session, const Paths &paths) {
 }  // namespace
 
 ContinuousOperation::ContinuousOperation(const std::string &path, LockUser &user)
-    : lockFile_(path, LockFile::Sharing::shared, user) {
+    : path_(path), lockFile_(path, LockFile::Sharing::shared, user) {
     if (!lockFile_.tryMarkContinuousOperation())
         throw StatusError{VANTREL_STATUS_OPERATION_NOT_ALLOWED};
-    freeze_ = freezeStorage(path);
 }
 
 int32_t changeContinuousOperation(Session &session, Request &request) {

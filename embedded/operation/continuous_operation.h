@@ -15,6 +15,13 @@ class ContinuousOperation {
     // Status 41 is thrown where the file is in continuous operation already.
     ContinuousOperation(const std::string &path, LockUser &user);
 
+    // Keeps writers waiting; false where one has begun.
+    bool tryHoldWriters() { return lockFile_.tryLock(writeSide, HoldKind::change); }
+    void letWritersGoOn() { lockFile_.unlock(writeSide); }
+    void noteRefusal() { lockFile_.noteRefusal(writeSide); }
+
+    // From here on the bytes stay.
+    void begin() { freeze_ = freezeStorage(path_); }
     // Brings the changes made meanwhile into the file.
     void end() { freeze_->end(); }
 
@@ -23,6 +30,7 @@ class ContinuousOperation {
     void abandon() { freeze_->abandon(); }
 
   private:
+    std::string path_;
     LockFile lockFile_;
     std::unique_ptr<Freeze> freeze_;
 };

@@ -100,22 +100,33 @@ OperationFunction *functionOf(uint16_t operation) {
     }
 }
 
-int32_t executeGuarded(Session &session, Request &request) {
+// The status of what was done; no exception leaves the core.
+template <class Work>
+int32_t statusOf(Work work) {
+    try {
+        return work();
+    } catch (const StatusError &error) {
+        return error.status;
+    } catch (const std::bad_alloc &) {
+        return VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE;
+    } catch (...) {
+        return VANTREL_STATUS_UNRECOVERABLE_ERROR;
+    }
+}
+
+int32_t execute(Session &session, Request &request) {
     OperationFunction *function = functionOf(request.operation);
     if (function == nullptr)
         return VANTREL_STATUS_INVALID_FUNCTION;
-    try {
-        return function(session, request);
-    } catch (const StatusError &error) {
+    bool hasReturned = false;
+    int32_t status = statusOf([&] {
+        int32_t returned = function(session, request);
+        hasReturned = true;
+        return returned;
+    });
+    if (!hasReturned)
         request.delivered = 0;
-        return error.status;
-    } catch (const std::bad_alloc &) {
-        request.delivered = 0;
-        return VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE;
-    } catch (...) {
-        request.delivered = 0;
-        return VANTREL_STATUS_UNRECOVERABLE_ERROR;
-    }
+    return status;
 }
 
 }  // namespace
@@ -127,7 +138,7 @@ using namespace vantrel::embedded;
 int32_t vantrelCoreExecute(Session *session, Request *request) {
     abandonInheritedSessions();
     std::lock_guard lock(session->mutex);
-    int32_t status = executeGuarded(*session, *request);
+    int32_t status = execute(*session, *request);
     request->leavesNothing = session->holdsNothing();
     housekeepIfDue(*session);
     return status;
@@ -138,17 +149,16 @@ bool vantrelCoreSessionHoldsNothing(Session *session) {
     return session->holdsNothing();
 }
 
-void vantrelCoreResetSession(Session *session, bool waits) {
+int32_t vantrelCoreResetSession(Session *session, bool waits) {
     std::unique_lock lock(session->mutex, std::defer_lock);
     if (!waits && !lock.try_lock())
-        return;
+        return VANTREL_STATUS_NO_ERROR;
     if (waits)
         lock.lock();
-    try {
+    return statusOf([session] {
         session->reset();
-    } catch (...) {
-        // What could not be ended ends with the process.
-    }
+        return VANTREL_STATUS_NO_ERROR;
+    });
 }
 
 Session *vantrelCoreOpenSession(const uint8_t *identifier) {

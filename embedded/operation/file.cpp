@@ -86,7 +86,9 @@ int32_t openFile(Session &session, Request &request) {
 int32_t closeFile(Session &session, Request &request) {
     Position &position = session.position(request.positionBlock);
     OpenFile &file = *position.file;
-    if (position.isAccelerated && !file.storage().isWriting()) {
+    bool isLast = file.positions().size() == 1;
+    // What cannot be synced keeps the position open.
+    if ((position.isAccelerated || isLast) && !file.storage().isWriting()) {
         file.storage().setAccelerated(false);
         file.storage().sync();
     }

@@ -41,15 +41,14 @@ struct ExtendedInsert {
     Position &position;
     ChangeScope scope;
     std::shared_ptr<const IndexDefinition> index;  // null where the request names none
+    Request &request;
     std::vector<int64_t> addresses;
     uint64_t lastVersion = 0;
-    Bytes lastBytes;
-    StoredRecord lastRecord;
-    std::optional<Bytes> lastKey;
+    std::optional<LogicalPlace> place;
 
     int32_t insert(ByteView bytes);
     int32_t run(const std::vector<ByteView> &records);
-    void finish(Request &request);
+    void finish() noexcept;
 };
 
 int32_t ExtendedInsert::insert(ByteView bytes) {
@@ -69,11 +68,11 @@ int32_t ExtendedInsert::insert(ByteView bytes) {
     addresses.push_back(address);
     scope.noteVersionBefore(address, std::nullopt);
     lastVersion = version;
-    const Bytes *key = index == nullptr ? nullptr : change.newKey(index->number);
-    lastKey = key == nullptr ? std::nullopt : std::optional<Bytes>(*key);
-    lastRecord = change.record();
-    lastBytes = std::move(record);
-    lastRecord.data = lastBytes;
+    place.reset();
+    if (const Bytes *key = index == nullptr ? nullptr : change.newKey(index->number))
+        place = LogicalPlace{index->number, *key, address};
+    if (index != nullptr)
+        deliverKey(request, *index, change.record());
     return VANTREL_STATUS_NO_ERROR;
 }
 
@@ -86,7 +85,7 @@ int32_t ExtendedInsert::run(const std::vector<ByteView> &records) {
     return VANTREL_STATUS_NO_ERROR;
 }
 
-void ExtendedInsert::finish(Request &request) {
+void ExtendedInsert::finish() noexcept {
     uint8_t *reply = request.data + countSize;
     for (int64_t address : addresses) {
         storeI64(reply, address);
@@ -96,10 +95,8 @@ void ExtendedInsert::finish(Request &request) {
     if (addresses.empty())
         return;
     position.setCurrent(addresses.back(), lastVersion);
-    if (lastKey)
-        position.setLogical(index->number, *lastKey, addresses.back());
-    if (index != nullptr)
-        deliverKey(request, *index, lastRecord);
+    if (place)
+        position.logical = std::move(place);
 }
 
 }  // namespace
@@ -113,13 +110,13 @@ int32_t insertExtended(Session &session, Request &request) {
         file.index(request.keyNumber);
     std::vector<ByteView> records = recordsIn(request);
 
-    ExtendedInsert insert{session, position, ChangeScope(session, file), nullptr, {}, 0, {}, {}, {}};
+    ExtendedInsert insert{session, position, ChangeScope(session, file), nullptr, request, {}, 0, {}};
     if (namesIndex)
         insert.index = file.index(request.keyNumber);
     int32_t status = insert.run(records);
     insert.scope.commit();
 
-    insert.finish(request);
+    insert.finish();
     count.set(static_cast<uint32_t>(insert.addresses.size()));
     return status;
 }

@@ -30,17 +30,22 @@ struct LiveSessions {
 LiveSessions *live = new LiveSessions;
 std::atomic<LiveSessions *> inherited{nullptr};
 
+// A session that pauses in a wait stands still as long as waits are held up.
+void syncWhileWaiting(Session &session) {
+    holdUpLockWaits();
+    if (isPausing(session.lockUser))
+        session.sync();
+    letLockWaitsGoOn();
+}
+
 bool housekeepOnce(Session &session) {
     std::unique_lock lock(session.mutex, std::try_to_lock);
     if (!lock.owns_lock()) {
         session.housekeepingIsDue = true;
+        syncWhileWaiting(session);
         return true;
     }
-    try {
-        session.housekeep();
-    } catch (...) {
-        // It is tried again at the next turn; a call that needs the file reports what is wrong.
-    }
+    session.housekeep();
     return !session.files().empty();
 }
 
@@ -86,11 +91,7 @@ void housekeepIfDue(Session &session) {
     if (!session.housekeepingIsDue.load(std::memory_order_relaxed))
         return;
     session.housekeepingIsDue = false;
-    try {
-        session.housekeep();
-    } catch (...) {
-        // As above.
-    }
+    session.housekeep();
 }
 
 void abandonInheritedSessions() {

@@ -20,7 +20,7 @@ OpenFile::OpenFile(std::string path, LockFile::Sharing sharing, StorageOptions o
       isReadOnly_(options.readOnly),
       lockFile_(path_, sharing, user),
       recordLocks_(lockFile_),
-      writeGate_(lockFile_),
+      writeGate_(lockFile_, [this] { unlockWritten(); }),
       openTime_(static_cast<uint32_t>(time(nullptr))) {
     options.writeGate = &writeGate_;
     storage_ = openStorage(path_, options);
@@ -71,6 +71,13 @@ void OpenFile::unlockTransaction() {
                 unlock(*position, address);
         }
     }
+}
+
+void OpenFile::unlockWritten() {
+    if (lockFile_.user().isInTransaction())
+        unlockTransaction();
+    else
+        recordLocks_.releaseAllChanged();
 }
 
 void OpenFile::noteVersionBefore(int64_t address, std::optional<uint64_t> before, bool insideTransaction) {
@@ -152,14 +159,19 @@ void OpenFile::encrypt(const NewOwner *owner) {
     syncDirectoryOf(path_);
 }
 
-// No snapshot is held for long, since it keeps the log from being emptied.
-void OpenFile::housekeep() {
-    if (storage_->isWriting())
-        return;
+void OpenFile::sync() {
     if (storage_->hasUnsyncedCommits())
         storage_->sync();
+}
+
+// No snapshot is held for long, since it keeps the log from being emptied.
+void OpenFile::housekeep() {
+    sync();
+    if (storage_->isWriting())
+        return;
     storage_->settle();
     storage_->releaseSnapshot();
+    storage_->checkpointIfIdle();
 }
 
 }  // namespace vantrel::embedded

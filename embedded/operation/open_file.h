@@ -36,6 +36,8 @@ class OpenFile {
     void unlock(Position &position, int64_t address);
     void unlockAll(Position &position);
     void unlockTransaction();
+    // The same where a single change may have written without one.
+    void unlockWritten();
 
     // The version of a record that the transaction changes, none where it inserts it.
     void noteVersionBefore(int64_t address, std::optional<uint64_t> before, bool insideTransaction);
@@ -57,6 +59,7 @@ class OpenFile {
     bool isLost() const { return storage_ == nullptr; }
 
     // Called regularly between calls.
+    void sync();
     void housekeep();
     // In a forked child: at once for what would act on the parent, later for the rest.
     void closeLocksInChild() { lockFile_.closeInChild(); }

@@ -173,11 +173,11 @@ void RecordScan::examineDeleted(const StoredEntry &entry) {
     wasDeleted_ = true;
 }
 
-void RecordScan::movePosition() {
+void RecordScan::movePosition() noexcept {
     if (!hasExamined_)
         return;
     if (index_ != nullptr)
-        position_.setLogical(index_->number, key_, address_);
+        position_.logical = LogicalPlace{index_->number, std::move(key_), address_};
     position_.setCurrent(address_, version_);
     if (wasDeleted_)
         position_.clearCurrent();

@@ -28,8 +28,9 @@ class RecordScan {
     void examine(const StoredEntry &entry);
     void examineDeleted(const StoredEntry &entry);
 
-    // Makes the last record examined the position's place, and its current record unless it was deleted.
-    void movePosition();
+    // Makes the last record examined the position's place, and its current record unless it was deleted. The
+    // scan has ended then.
+    void movePosition() noexcept;
 
   private:
     void checkStart();

@@ -2,7 +2,9 @@
 
 #include <sys/random.h>
 
+#include <algorithm>
 #include <cstring>
+#include <exception>
 
 #include "embedded/operation/continuous_operation.h"
 #include "engine/bytes.h"
@@ -14,6 +16,26 @@ namespace {
 
 constexpr uint32_t slotOffset = 0;
 constexpr uint32_t cookieOffset = 8;
+
+// What ends something goes on to its end, whatever fails on the way; the first failure is told then.
+class Ending {
+  public:
+    template <class Work>
+    void attempt(Work work) {
+        try {
+            work();
+        } catch (...) {
+            failure_ = failure_ ? failure_ : std::current_exception();
+        }
+    }
+    void rethrowFailure() const {
+        if (failure_)
+            std::rethrow_exception(failure_);
+    }
+
+  private:
+    std::exception_ptr failure_;
+};
 
 // A slot number, and a random cookie that fills the rest of the block.
 PositionBlock makeBlock(uint32_t slot) {
@@ -30,7 +52,7 @@ PositionBlock makeBlock(uint32_t slot) {
 Session::Session(const ClientIdentifier &identifier) : lockUser(identifier) {}
 
 Session::~Session() {
-    reset();
+    Ending().attempt([this] { reset(); });
 }
 
 Position &Session::position(const void *block) {
@@ -99,8 +121,26 @@ void Session::takeForChange(OpenFile &file) {
         return;
     }
     takenFiles_.reserve(takenFiles_.size() + 1);
-    file.storage().begin(waiting(), takenFiles_.empty() ? TransactionPart::first : TransactionPart::further);
+    beginPart(file);
     takenFiles_.push_back(&file);
+}
+
+// A file whose writer died may have been about to decide about others, which then takes the file for a
+// moment: once the transaction holds it, its own change of one of these would wait for that in vain.
+void Session::beginPart(OpenFile &file) {
+    TransactionPart part = takenFiles_.empty() ? TransactionPart::first : TransactionPart::further;
+    file.storage().begin(waiting(), part);
+    auto isPending = [&](const auto &other) {
+        return other.second.get() != &file && other.second->storage().isPending();
+    };
+    if (std::none_of(files_.begin(), files_.end(), isPending))
+        return;
+    file.storage().rollback();
+    for (auto &[path, other] : files_) {
+        if (!other->storage().isWriting())
+            other->storage().settle();
+    }
+    file.storage().begin(waiting(), part);
 }
 
 void Session::dropLostFile(OpenFile &file) {
@@ -138,13 +178,19 @@ void Session::commitTransaction() {
 }
 
 void Session::rollbackTransaction() {
+    Ending ending;
     for (OpenFile *file : takenFiles_) {
-        if (file->storage().isWriting())
+        ending.attempt([file] {
+            if (!file->storage().isWriting())
+                return;
+            file->unlockTransaction();
             file->storage().rollback();
+        });
         file->changesTakenBack();
     }
     takenFiles_.clear();
     endTransaction();
+    ending.rethrowFailure();
 }
 
 // Allocates nothing, since the transaction has ended.
@@ -166,11 +212,12 @@ void Session::endTransaction() {
 }
 
 void Session::reset() {
+    Ending ending;
     if (insideTransaction())
-        rollbackTransaction();
+        ending.attempt([this] { rollbackTransaction(); });
     for (auto &position : positions_) {
         if (position != nullptr)
-            removePosition(*position);
+            ending.attempt([&] { removePosition(*position); });
     }
     positions_.clear();
     files_.clear();
@@ -179,6 +226,7 @@ void Session::reset() {
     login = {};
     lockUser.setName({});
     lockUser.refusal.reset();
+    ending.rethrowFailure();
 }
 
 bool Session::holdsNothing() const {
@@ -186,9 +234,23 @@ bool Session::holdsNothing() const {
            !login.isActive && !lockUser.refusal;
 }
 
-void Session::housekeep() {
-    for (auto &[path, file] : files_)
-        file->housekeep();
+// One file's failure is none of the others; it is tried again at the next turn, and a call that needs the
+// file reports what is wrong.
+void Session::forEachFile(void (OpenFile::*work)()) noexcept {
+    for (auto &[path, file] : files_) {
+        try {
+            (file.get()->*work)();
+        } catch (...) {
+        }
+    }
+}
+
+void Session::sync() noexcept {
+    forEachFile(&OpenFile::sync);
+}
+
+void Session::housekeep() noexcept {
+    forEachFile(&OpenFile::housekeep);
 }
 
 void Session::abandon() {
@@ -216,9 +278,9 @@ ChangeScope::~ChangeScope() {
             file_.recordLocks().releaseChanged(lastLocked_);
         return;
     }
+    file_.recordLocks().releaseAllChanged();
     if (!isDone_)
         storage_.rollback();
-    file_.recordLocks().releaseAllChanged();
 }
 
 bool ChangeScope::tryLock(int64_t address) {

@@ -79,13 +79,17 @@ class Session {
     // Whether the session is as good as a new one.
     bool holdsNothing() const;
 
-    void housekeep();
+    // Makes single changes survive power loss.
+    void sync() noexcept;
+    void housekeep() noexcept;
     const std::map<std::string, std::unique_ptr<OpenFile>> &files() const { return files_; }
     // The files are no longer this process's.
     void abandon();
 
   private:
+    void beginPart(OpenFile &file);
     void endTransaction();
+    void forEachFile(void (OpenFile::*work)()) noexcept;
 
     std::map<std::string, std::unique_ptr<OpenFile>> files_;
     std::vector<OpenFile *> takenFiles_;                // by the transaction, in the order of taking

@@ -31,6 +31,15 @@ bool FileWriteGate::tryEnter(const std::function<bool()> &begin) {
     return false;
 }
 
+// Nothing may fail behind a commit.
+void FileWriteGate::committed() {
+    try {
+        releaseRecords_();
+    } catch (const StatusError &) {
+        // They go with the end of the operation or of the session's transaction.
+    }
+}
+
 void FileWriteGate::leave() {
     if (file_.canLock())
         file_.unlock(writeSide);

@@ -10,11 +10,15 @@ namespace vantrel::embedded {
 // ended. Without permission to lock there, the storage alone keeps writers apart.
 class FileWriteGate final : public WriteGate {
   public:
-    explicit FileWriteGate(LockFile &file) : file_(file) {}
+    // Record locks that end with a write transaction go before others can write, who would be refused the
+    // records otherwise.
+    FileWriteGate(LockFile &file, std::function<void()> releaseRecords)
+        : file_(file), releaseRecords_(std::move(releaseRecords)) {}
 
     // After the longest wait, or at once without waiting, status 85 is thrown; 78 where the wait could never
     // end.
     void enter(Waiting waiting, const std::function<bool()> &begin) override;
+    void committed() override;
     void leave() override;
 
   private:
@@ -22,6 +26,7 @@ class FileWriteGate final : public WriteGate {
     [[noreturn]] void refuse();
 
     LockFile &file_;
+    std::function<void()> releaseRecords_;
 };
 
 }  // namespace vantrel::embedded

@@ -1,5 +1,6 @@
 #include "embedded/storage/encrypting_vfs.h"
 
+#include <memory>
 #include <mutex>
 #include <new>
 
@@ -15,8 +16,16 @@ using Role = EncryptedFile::Role;
 
 thread_local const OpeningScope *currentScope = nullptr;
 
+// There is none where the library cannot begin for want of memory; the next one who asks has it try again.
+sqlite3_vfs *findBaseVfs() {
+    sqlite3_vfs *found = sqlite3_vfs_find(nullptr);
+    if (found == nullptr)
+        throw std::bad_alloc();
+    return found;
+}
+
 sqlite3_vfs *baseVfs() {
-    static sqlite3_vfs *const base = sqlite3_vfs_find(nullptr);
+    static sqlite3_vfs *const base = findBaseVfs();
     return base;
 }
 
@@ -182,14 +191,14 @@ int openFile(sqlite3_vfs *, const char *name, sqlite3_file *file, int flags, int
 // background use it until the process ends.
 const char *registerVfs() {
     constexpr const char *name = "vantrel";
-    auto *vfs = new sqlite3_vfs(*baseVfs());
+    auto vfs = std::make_unique<sqlite3_vfs>(*baseVfs());
     vfs->zName = name;
     vfs->pNext = nullptr;
     vfs->szOsFile = EncryptedFile::memoryNeeded();
     vfs->xOpen = openFile;
-    if (sqlite3_vfs_register(vfs, 0) != SQLITE_OK)
+    if (sqlite3_vfs_register(vfs.get(), 0) != SQLITE_OK)
         throw std::bad_alloc();
-    return name;
+    return vfs.release()->zName;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "embedded/storage/pending_commit.h"
 #include "embedded/storage/sqlite_schema.h"
 #include "vantrel.h"
 
@@ -61,7 +62,9 @@ void SqliteFreeze::abandon() {
     database_.abandon();
 }
 
+// What was committed for the file elsewhere belongs to it.
 std::unique_ptr<Freeze> freezeStorage(const std::string &path) {
+    settleForWriting(path, Waiting::yes);
     return std::make_unique<SqliteFreeze>(path);
 }
 

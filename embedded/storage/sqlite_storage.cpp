@@ -250,6 +250,16 @@ void SqliteStorage::sync() {
     unsynced_ = false;
 }
 
+// While work goes on, the change that fills the log brings it in. What cannot be brought in is tried again.
+void SqliteStorage::checkpointIfIdle() {
+    constexpr uint32_t longLog = 1000;
+    WalIndex::Header header = walIndex_.read(database_.mainFile());
+    bool isIdle = header == headerAtLastTurn_;
+    headerAtLastTurn_ = header;
+    if (isIdle && walIndex_.pagesOnlyInLog(database_.mainFile()) >= longLog)
+        sqlite3_wal_checkpoint_v2(database_.get(), "main", SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+}
+
 // What fails is told to those who open the file that it is about.
 void SqliteStorage::settle() {
     try {

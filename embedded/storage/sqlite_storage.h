@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "embedded/file_identity.h"
+#include "embedded/storage/commit_pointer.h"
 #include "embedded/storage/sqlite_counts.h"
 #include "embedded/storage/sqlite_database.h"
 #include "embedded/storage/sqlite_redo.h"
@@ -53,8 +54,10 @@ class SqliteStorage final : public Storage {
     bool snapshotIsCurrent() override;
     void releaseSnapshot() override;
     void sync() override;
+    void checkpointIfIdle() override;
     bool hasUnsyncedCommits() const override { return unsynced_; }
     void settle() override;
+    bool isPending() const override { return CommitPointer::isBeside(path_); }
     void setAccelerated(bool accelerated) override;
     void verify() override;
     std::optional<OwnerMode> owner() override;
@@ -136,6 +139,7 @@ class SqliteStorage final : public Storage {
     bool unsynced_ = false;
     bool accelerated_ = false;
     bool keepsRedo_ = false;
+    WalIndex::Header headerAtLastTurn_{};
     std::optional<FileIdentity> log_, logIndex_;  // as this connection opened them
     Synchronous synchronous_ = Synchronous::normal;
     int64_t changesBefore_ = 0;  // the write transaction

@@ -6,14 +6,14 @@
 
 namespace vantrel::embedded {
 
-// The log of a transaction's first file is synced inside the commit, so that a commit whose sync fails is
-// none.
+// The log is synced inside the commit of a transaction, so that a commit whose sync fails is none. Which file
+// decides about the others shows only at the end.
 void SqliteStorage::begin(Waiting waiting, TransactionPart part) {
     releaseSnapshot();
     if (part != TransactionPart::none)
         requireInPlace();
     if (!accelerated_)
-        setSynchronous(part == TransactionPart::first ? Synchronous::full : Synchronous::normal);
+        setSynchronous(part == TransactionPart::none ? Synchronous::normal : Synchronous::full);
     takeWriteSide(waiting);
     try {
         while (CommitPointer::isBeside(path_)) {
@@ -84,6 +84,7 @@ void SqliteStorage::commit(Durability durability) {
         rollback();
         throw;
     }
+    writeGate_->committed();
     endWriting();
     isRedefined_ = false;
     counts_.committed();

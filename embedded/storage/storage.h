@@ -69,11 +69,13 @@ struct FileState {
 };
 
 // Keeps the writers of a file apart. A write transaction begins inside `enter`, which calls `begin` until it
-// returns true, and throws where another writer is in the way too long; `leave` follows its end.
+// returns true, and throws where another writer is in the way too long; `leave` follows its end, and
+// `committed` a successful one before that.
 class WriteGate {
   public:
     virtual ~WriteGate() = default;
     virtual void enter(Waiting waiting, const std::function<bool()> &begin) = 0;
+    virtual void committed() = 0;
     virtual void leave() = 0;
 };
 
@@ -143,9 +145,13 @@ class Storage {
     // Makes all that is committed survive power loss.
     virtual void sync() = 0;
     virtual bool hasUnsyncedCommits() const = 0;
+    // Brings a long log into the file where nobody has committed since this was called last.
+    virtual void checkpointIfIdle() = 0;
     // Goes on with what commits over several files have left to do, as far as that is possible without
     // waiting; not inside a write transaction.
     virtual void settle() = 0;
+    // Whether a commit over several files has left the file's part of it to do.
+    virtual bool isPending() const = 0;
     // Without effect inside a write transaction.
     virtual void setAccelerated(bool accelerated) = 0;
     // Damage is thrown as an input/output error.
@@ -177,7 +183,7 @@ class Freeze {
     virtual void abandon() = 0;
 };
 
-// Status 85 is thrown where a transaction holds the file.
+// All that was committed is in it. Status 85 is thrown where a transaction holds the file.
 std::unique_ptr<Freeze> freezeStorage(const std::string &path);
 
 // Commits the write transactions of several files durably, begun in this order as first and further ones: all

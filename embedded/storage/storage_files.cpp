@@ -1,10 +1,10 @@
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 
+#include "embedded/file_rights.h"
 #include "embedded/storage/commit_pointer.h"
 #include "embedded/storage/pending_commit.h"
 #include "embedded/storage/sqlite_schema.h"
@@ -22,12 +22,19 @@ std::string newFilePath(const std::string &path) {
     return path + "-new";
 }
 
-void removeSideFiles(const std::string &path) {
-    removeIfThere(path + "-wal");
-    removeIfThere(path + "-shm");
-    removeIfThere(path + "-journal");
-    CommitPointer::removeLeftBeside(path);
-    removeIfThere(copyPath(path));
+using Paths = std::vector<std::string>;
+
+Paths sideFilesOf(const std::string &path) {
+    Paths paths = CommitPointer::pathsLeftBeside(path);
+    for (const char *ending : {"-wal", "-shm", "-journal"})
+        paths.push_back(path + ending);
+    paths.push_back(copyPath(path));
+    return paths;
+}
+
+void remove(const Paths &paths) {
+    for (const std::string &path : paths)
+        removeIfThere(path);
 }
 
 // Pages that were filled once and freed stay with the file for the records to come.
@@ -55,20 +62,19 @@ void fill(const std::string &path, const FileDefinition &definition) {
     database.execute("COMMIT; PRAGMA synchronous = FULL; PRAGMA journal_mode = WAL");
 }
 
-// Opening and closing brings the log into the file. False where opening takes the owner's name.
-bool bringLogIn(const std::string &path) {
+// Opening and closing brings the log into the file; or does not, where opening takes the owner's name, the
+// disk is full or the file may not be written.
+void tryToBringLogIn(const std::string &path) {
     try {
         Database database(path, SQLITE_OPEN_READWRITE);
         checkFormat(database);
-        return true;
     } catch (const StatusError &error) {
         if (error.status != VANTREL_STATUS_INVALID_OWNER)
             throw;
-        return false;
     }
 }
 
-// A log is found by the name of its file.
+// A log that is still there is found by the name of its file.
 void copyLog(const std::string &from, const std::string &to) {
     std::error_code error;
     bool isCopied = std::filesystem::copy_file(from + "-wal", to + "-wal", error);
@@ -76,17 +82,6 @@ void copyLog(const std::string &from, const std::string &to) {
         Descriptor(to + "-wal", O_RDWR).sync();
     else if (error != std::errc::no_such_file_or_directory)
         throwSystemError(error.value());
-}
-
-// Owner, group and rights go over as far as this process may give them.
-void keepRights(const std::string &from, const std::string &to) {
-    struct stat status;
-    if (stat(from.c_str(), &status) != 0)
-        throwSystemError(errno);
-    if (chown(to.c_str(), status.st_uid, status.st_gid) != 0 && errno != EPERM)
-        throwSystemError(errno);
-    if (chmod(to.c_str(), status.st_mode & 07777) != 0)
-        throwSystemError(errno);
 }
 
 }  // namespace
@@ -104,27 +99,31 @@ void removeLeftCopy(const std::string &path) {
 }
 
 void requireStorage(const std::string &path) {
-    bringLogIn(path);
+    tryToBringLogIn(path);
 }
 
 void replaceByCopy(const std::string &path) {
     std::string copy = copyPath(path);
-    keepRights(path, copy);
-    Descriptor(copy, O_RDWR).sync();
+    Descriptor opened(copy, O_RDWR);
+    std::optional<FileRights> rights = rightsOf(path);
+    if (!rights || !giveRights(opened.get(), *rights))
+        throwSystemError(errno);
+    opened.sync();
     moveOnto(copy, path);
 }
 
-// The file is made under another name, so that the path never holds a half-made one.
+// The file is made under another name, so that the path never holds a half-made one. Here and below, all that
+// takes memory is done before the names change, so that nothing has happened where there is none.
 void createStorage(const std::string &path, const FileDefinition &definition) {
-    std::string madePath = newFilePath(path);
+    std::string madePath = newFilePath(path), directory = directoryWith(path);
     if (access(path.c_str(), F_OK) == 0)
         requireSettled(path);
     removeIfThere(madePath);
     try {
         fill(madePath, definition);
-        removeSideFiles(madePath);
+        remove(sideFilesOf(madePath));
         Descriptor(madePath, O_RDWR).sync();
-        removeSideFiles(path);
+        remove(sideFilesOf(path));
         moveOnto(madePath, path);
     } catch (...) {
         unlink(madePath.c_str());
@@ -132,25 +131,30 @@ void createStorage(const std::string &path, const FileDefinition &definition) {
         unlink((madePath + "-shm").c_str());
         throw;
     }
-    syncDirectory(directoryWith(path));
+    syncDirectory(directory);
 }
 
+// The log of an encrypted file may hold changes that the file lacks, and stays as long as that.
 void removeStorage(const std::string &path) {
     requireSettled(path);
-    removeSideFiles(path);
+    Paths sideFiles = sideFilesOf(path);
+    std::string directory = directoryWith(path);
     removeIfThere(path);
-    syncDirectory(directoryWith(path));
+    remove(sideFiles);
+    syncDirectory(directory);
 }
 
 void moveStorage(const std::string &from, const std::string &to) {
     requireSettled(from);
-    removeSideFiles(to);
-    if (!bringLogIn(from))
-        copyLog(from, to);
+    remove(sideFilesOf(to));
+    Paths sideFiles = sideFilesOf(from);
+    std::string oldDirectory = directoryWith(from), newDirectory = directoryWith(to);
+    tryToBringLogIn(from);
+    copyLog(from, to);
     moveOnto(from, to);
-    removeSideFiles(from);
-    syncDirectory(directoryWith(from));
-    syncDirectory(directoryWith(to));
+    remove(sideFiles);
+    syncDirectory(oldDirectory);
+    syncDirectory(newDirectory);
 }
 
 }  // namespace vantrel::embedded

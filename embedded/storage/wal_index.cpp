@@ -23,6 +23,21 @@ uint64_t load(const uint64_t *word) {
     return __atomic_load_n(word, __ATOMIC_ACQUIRE);
 }
 
+// Numbers are in the byte order of the machine.
+uint32_t firstHalf(uint64_t word) {
+    uint32_t half;
+    __builtin_memcpy(&half, &word, sizeof half);
+    return half;
+}
+
+// Of the last valid frame, at byte 16.
+uint32_t lastFrameOf(const WalIndex::Header &header) {
+    return firstHalf(header[2]);
+}
+
+// Behind two copies of the header: the last frame that is in the database too.
+constexpr size_t wordOfBackfill = 12;
+
 }  // namespace
 
 WalIndex::Header WalIndex::read(sqlite3_file *mainFile) {
@@ -44,10 +59,17 @@ bool WalIndex::equals(const Header &header) const {
     return difference == 0;
 }
 
-// The number of the last valid frame stands at byte 16, in the byte order of the machine.
 bool WalIndex::logIsEmpty(sqlite3_file *mainFile) {
     Header header = read(mainFile);
-    return shared_ != nullptr && static_cast<uint32_t>(header[2]) == 0;
+    return shared_ != nullptr && lastFrameOf(header) == 0;
+}
+
+uint32_t WalIndex::pagesOnlyInLog(sqlite3_file *mainFile) {
+    uint32_t lastFrame = lastFrameOf(read(mainFile));
+    if (shared_ == nullptr)
+        return 0;
+    uint32_t inDatabase = firstHalf(load(shared_ + wordOfBackfill));
+    return lastFrame > inDatabase ? lastFrame - inDatabase : 0;
 }
 
 void WalIndex::makePrivate(sqlite3_file *mainFile) {

@@ -20,6 +20,9 @@ class WalIndex {
     // Whether nothing was committed to the log since it was emptied.
     bool logIsEmpty(sqlite3_file *mainFile);
 
+    // How many pages were committed to the log that the database lacks.
+    uint32_t pagesOnlyInLog(sqlite3_file *mainFile);
+
     // Replaces the mapping by a private copy: what a forked child then does to it stays its own.
     static void makePrivate(sqlite3_file *mainFile);
 

@@ -5,16 +5,16 @@ namespace {
 using namespace vantrel;
 using namespace vantrel::test;
 
-constexpr size_t usageFlags = fileUsageArea + 16;
+constexpr size_t usageFlagsAt = fileUsageArea + 16;
 
-constexpr NumberCase numberCases[] = {
+constexpr NumberCase usageNumbers[] = {
     {"identifier", VantrelFileInformationGetIdentifier, fileUsageArea},
     {"handle count", VantrelFileInformationGetHandleCount, fileUsageArea + 4},
     {"open timestamp", VantrelFileInformationGetOpenTimestamp, fileUsageArea + 8},
     {"usage count", VantrelFileInformationGetUsageCount, fileUsageArea + 12},
 };
 
-constexpr FlagCase flagCases[] = {
+constexpr FlagCase usageFlags[] = {
     {"explicit locks", VantrelFileInformationGetExplicitLocks, 0x0001},
     {"client transactions", VantrelFileInformationGetClientTransactions, 0x0002},
     {"read only", VantrelFileInformationGetReadOnly, 0x0004},
@@ -26,41 +26,41 @@ constexpr FlagCase flagCases[] = {
 class FileUsageGettersTest : public InformationTest {};
 
 TEST_F(FileUsageGettersTest, MissingHandles) {
-    for (const NumberCase &number : numberCases)
+    for (const NumberCase &number : usageNumbers)
         EXPECT_EQ(number.get(nullptr), number.nullValue) << number.name;
-    for (const FlagCase &flag : flagCases)
+    for (const FlagCase &flag : usageFlags)
         EXPECT_EQ(flag.get(nullptr), -1) << flag.name;
     EXPECT_EQ(VantrelFileInformationGetOwnerMode(nullptr), -7);
     EXPECT_EQ(VantrelFileInformationGetEncryptionType(nullptr), -7);
 }
 
 TEST_F(FileUsageGettersTest, Numbers) {
-    for (const NumberCase &number : numberCases) {
+    for (const NumberCase &number : usageNumbers) {
         SCOPED_TRACE(number.name);
         expectLong(number.get, number.offset);
     }
 }
 
 TEST_F(FileUsageGettersTest, Flags) {
-    for (const FlagCase &flag : flagCases) {
+    for (const FlagCase &flag : usageFlags) {
         SCOPED_TRACE(flag.name);
-        expectFlag(flag.get, usageFlags, static_cast<uint16_t>(flag.mask));
+        expectFlag(flag.get, usageFlagsAt, static_cast<uint16_t>(flag.mask));
     }
 }
 
 TEST_F(FileUsageGettersTest, OwnerMode) {
-    expectEnumeration(VantrelFileInformationGetOwnerMode, usageFlags, 0x0160,
+    expectEnumeration(VantrelFileInformationGetOwnerMode, usageFlagsAt, 0x0160,
                       {{0x0000, 0}, {0x0020, 1}, {0x0040, 2}, {0x0120, 3}, {0x0140, 4}});
 }
 
 TEST_F(FileUsageGettersTest, EncryptionWithoutReadModeIsNoOwnerMode) {
-    put(usageFlags, Bytes{0x00, 0x01});
+    put(usageFlagsAt, Bytes{0x00, 0x01});
     EXPECT_EQ(VantrelFileInformationGetOwnerMode(information), -7);
     EXPECT_EQ(status(), 2002);
 }
 
 TEST_F(FileUsageGettersTest, EncryptionType) {
-    expectEnumeration(VantrelFileInformationGetEncryptionType, usageFlags, 0x3C00,
+    expectEnumeration(VantrelFileInformationGetEncryptionType, usageFlagsAt, 0x3C00,
                       {{0x0000, 0}, {0x0400, 1}, {0x0800, 2}, {0x1000, 3}, {0x2000, 4}});
 }
 

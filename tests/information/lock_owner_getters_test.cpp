@@ -19,7 +19,7 @@ constexpr NumberCase longCases[] = {
     {"transaction level", VantrelFileInformationGetLockOwnerTransactionLevel, lockOwnerArea + 28},
 };
 
-constexpr FlagCase flagCases[] = {
+constexpr FlagCase lockOwnerFlags[] = {
     {"implicit lock", VantrelFileInformationGetLockOwnerImplicitLock, 0x0001},
     {"file lock", VantrelFileInformationGetLockOwnerFileLock, 0x0010},
     {"record lock", VantrelFileInformationGetLockOwnerRecordLock, 0x0040},
@@ -35,7 +35,7 @@ TEST_F(LockOwnerGettersTest, MissingHandles) {
         EXPECT_EQ(number.get(nullptr), number.nullValue) << number.name;
     for (const NumberCase &number : longCases)
         EXPECT_EQ(number.get(nullptr), number.nullValue) << number.name;
-    for (const FlagCase &flag : flagCases)
+    for (const FlagCase &flag : lockOwnerFlags)
         EXPECT_EQ(flag.get(nullptr), -1) << flag.name;
     EXPECT_EQ(VantrelFileInformationGetLockOwnerExplicitLockMode(nullptr), -7);
     EXPECT_EQ(VantrelFileInformationGetLockOwnerPageLockType(nullptr), -7);
@@ -53,7 +53,7 @@ TEST_F(LockOwnerGettersTest, Numbers) {
 }
 
 TEST_F(LockOwnerGettersTest, Flags) {
-    for (const FlagCase &flag : flagCases) {
+    for (const FlagCase &flag : lockOwnerFlags) {
         SCOPED_TRACE(flag.name);
         expectFlag(flag.get, lockFlags, static_cast<uint16_t>(flag.mask));
     }

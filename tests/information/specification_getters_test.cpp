@@ -7,7 +7,7 @@ using namespace vantrel::test;
 
 constexpr size_t fileFlags = 4;
 
-constexpr FlagCase flagCases[] = {
+constexpr FlagCase specificationFlags[] = {
     {"key only", VantrelFileInformationGetKeyOnly, 0x0010},
     {"balanced indexes", VantrelFileInformationGetBalancedIndexes, 0x0020},
     {"page preallocation", VantrelFileInformationGetPagePreallocation, 0x0004},
@@ -29,7 +29,7 @@ TEST_F(SpecificationGettersTest, MissingHandles) {
     EXPECT_EQ(VantrelFileInformationGetRecordCompressionMode(nullptr), -7);
     EXPECT_EQ(VantrelFileInformationGetSystemDataMode(nullptr), -7);
     EXPECT_EQ(VantrelFileInformationGetSegmented(nullptr), -1);
-    for (const FlagCase &flag : flagCases)
+    for (const FlagCase &flag : specificationFlags)
         EXPECT_EQ(flag.get(nullptr), -1) << flag.name;
 }
 
@@ -47,7 +47,7 @@ TEST_F(SpecificationGettersTest, IndexCountIsSigned) {
 }
 
 TEST_F(SpecificationGettersTest, Flags) {
-    for (const FlagCase &flag : flagCases) {
+    for (const FlagCase &flag : specificationFlags) {
         SCOPED_TRACE(flag.name);
         expectFlag(flag.get, fileFlags, static_cast<uint16_t>(flag.mask));
     }

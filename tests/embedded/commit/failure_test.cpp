@@ -50,38 +50,95 @@ TEST_F(CommitFailingTest, AStatusTellsWhetherTheTransactionHappened) {
 
 class FailedSyncTest : public CrashTest {
   protected:
-    // Ends a transaction over the files, of which the first cannot be synced, and dies without closing them.
-    std::string endAndDie(const std::vector<size_t> &changed) {
+    enum class First { isChanged, isRead, refusesAChange };
+
+    // Ends a transaction over the files, while the first of those changed cannot be synced, and dies without
+    // closing them.
+    std::string endAndDie(First first, const std::vector<size_t> &changed) {
         return ChildProcess::run([&] {
             auto &files = *new ThreeFiles(directory, 1);  // never closed
             EXPECT_EQ(files.open(), 0);
-            EXPECT_EQ(files.begin(), 0);
+            // Their logs have a header then.
+            for (auto &block : files.blocks)
+                EXPECT_EQ(files.session.call(2, &block, "e1", "", -1).status, 0);
+            EXPECT_EQ(files.begin(first == First::isRead ? 19 : 1019), 0);
+            if (first == First::isRead) {
+                EXPECT_EQ(files.session.call(12, &files.blocks[0], "", "?", 0, 2).status, 0);
+            } else if (first == First::refusesAChange) {
+                EXPECT_EQ(files.session.call(2, &files.blocks[0], "a1", "", -1).status, 5);
+            }
             for (size_t file : changed)
                 EXPECT_EQ(files.session.call(2, &files.blocks[file], "c2", "", -1).status, 0);
+            std::string log = ThreeFiles::path(directory, changed.front()) + "-wal";
             bool hasFailed = false;
             SystemCallWatch watch(directory.path(), [&](const SystemCall &call) {
-                // The log's header is synced first.
-                bool isCommit = call.name == "fsync" && call.path == directory / "first-wal" && hasHeader;
-                hasHeader |= call.name == "fsync" && call.path == directory / "first-wal";
-                bool fails = isCommit && !hasFailed;
+                bool fails = call.name == "fsync" && call.path == log && !hasFailed;
                 hasFailed |= fails;
                 return fails ? Fate::fails : Fate::happens;
             });
             std::string status = std::to_string(files.end());
+            EXPECT_TRUE(hasFailed);
+            EXPECT_EQ(files.contents(), unchanged);
             for (const std::string &name : directory.names())
                 EXPECT_EQ(name.find("-commit"), std::string::npos) << name;
             return status;
         });
     }
 
-    bool hasHeader = false;
+    static constexpr const char *unchanged = "a1 b1 d65000 e1 ";
 };
 
 TEST_F(FailedSyncTest, WhatFailedDoesNotComeBack) {
-    for (const std::vector<size_t> &changed : {std::vector<size_t>{0}, {0, 1, 2}}) {
+    for (First first : {First::isChanged, First::isRead, First::refusesAChange}) {
+        for (bool isMany : {false, true}) {
+            SCOPED_TRACE(testing::Message() << static_cast<int>(first) << isMany);
+            startAnew();
+            std::vector<size_t> changed = isMany ? std::vector<size_t>{1, 2} : std::vector<size_t>{1};
+            if (first == First::isChanged)
+                changed.front() = 0;
+            ASSERT_EQ(endAndDie(first, changed), "2");
+            EXPECT_EQ(contentsAfterwards(directory, {0, 1, 2}), unchanged);
+        }
+    }
+}
+
+using ResetTest = CrashTest;
+
+TEST_F(ResetTest, AllIsEndedWhateverFails) {
+    constexpr uint32_t stop = 25, reset = 28;
+    constexpr int32_t exclusive = -4;
+    for (uint32_t operation : {stop, reset}) {
+        ThreeFiles files(directory, 1);
+        ASSERT_EQ(files.open(), 0);
+        for (auto &block : files.blocks)
+            ASSERT_EQ(files.session.call(2, &block, operation == stop ? "e1" : "f1", "", -1).status, 0);
+        {
+            SystemCallWatch watch(directory.path(), [&](const SystemCall &call) {
+                return call.name == "fsync" && call.path == directory / "first-wal" ? Fate::fails
+                                                                                    : Fate::happens;
+            });
+            EXPECT_EQ(files.session.call(operation, nullptr).status, 2);
+        }
+        ThreeFiles other(directory, 2);
+        EXPECT_EQ(other.open({0, 1, 2}, exclusive), 0);
+    }
+}
+
+TEST_F(FailedSyncTest, AFileStaysOpenWhereItCannotBeSyncedToClose) {
+    for (int32_t mode : {0, -4}) {
         startAnew();
-        ASSERT_EQ(endAndDie(changed), "2");
-        EXPECT_EQ(contentsAfterwards(directory, {0, 1, 2}), ThreeFiles::before) << changed.size();
+        ThreeFiles mine(directory, 1);
+        ASSERT_EQ(mine.open({0, 1, 2}, mode), 0);
+        ASSERT_EQ(mine.session.call(2, mine.blocks.data(), "c2", "", -1).status, 0);
+        {
+            SystemCallWatch watch(directory.path(), [](const SystemCall &call) {
+                return call.name == "fsync" ? Fate::fails : Fate::happens;
+            });
+            ASSERT_EQ(mine.close(0), 2);
+        }
+        ASSERT_EQ(mine.session.call(2, mine.blocks.data(), "e2", "", -1).status, 0);
+        ASSERT_EQ(mine.close(0), 0);
+        ASSERT_EQ(mine.close(0), 3);
     }
 }
 

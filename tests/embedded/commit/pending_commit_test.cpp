@@ -17,6 +17,8 @@ namespace fs = std::filesystem;
 class PendingCommitTest : public CrashTest {
   protected:
     void dieBeforeSecond() { dieAt("write", "second-wal"); }
+    TemporaryDirectory copies;
+
     void dieUndecided() { dieAt("fsync", "first-wal"); }
     int32_t rename(const std::string &from, const std::string &to) {
         EngineSession session(3);
@@ -50,6 +52,18 @@ TEST_F(PendingCommitTest, AReaderSeesItAtItsNextSnapshot) {
     ASSERT_EQ(reader.open(), 0);
     dieBeforeSecond();
     EXPECT_EQ(reader.contents({2, 1, 0}), ThreeFiles::after);
+}
+
+TEST_F(PendingCommitTest, ACopyInContinuousOperationHasIt) {
+    dieBeforeSecond();
+    EngineSession session(2);
+    std::string file = directory / "second", copy = copies / "second";
+    ASSERT_EQ(session.call(42, nullptr, file + '\0', "", 0).status, 0);
+    fs::copy(file, copy);
+    ASSERT_EQ(session.call(42, nullptr, file + '\0', "", 1).status, 0);
+    ThreeFiles copied(copies, 3);
+    ASSERT_EQ(copied.session.open(&copied.blocks[1], copy), 0);
+    EXPECT_EQ(copied.contents(size_t{1}), ThreeFiles::after);
 }
 
 TEST_F(PendingCommitTest, AWriterChangesWhatTheCommitLeft) {
@@ -90,20 +104,68 @@ TEST_F(PendingCommitTest, AnUndecidedOneHoldsNobodyUp) {
     EXPECT_EQ(writer.contents(), "a1 b1 c3 d65000 ");
 }
 
-// Deciding takes the coordinator, which the writer has itself here.
-TEST_F(PendingCommitTest, AnUndecidedOneMayRefuseAWriterForAMoment) {
+// Deciding takes the coordinator, which the writer takes first here.
+TEST_F(PendingCommitTest, AnUndecidedOneIsDecidedBeforeTheCoordinatorIsTaken) {
+    for (uint32_t begin : {1519u, 1019u, 19u}) {
+        startAnew();
+        ThreeFiles writer(directory, 2);
+        ASSERT_EQ(writer.open(), 0);
+        dieUndecided();
+        ASSERT_EQ(writer.begin(begin), 0);
+        auto start = std::chrono::steady_clock::now();
+        for (size_t file : {0, 1, 2})
+            EXPECT_EQ(writer.session.call(2, &writer.blocks[file], "c3", "", -1).status, 0);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+        ASSERT_EQ(writer.end(), 0);
+        EXPECT_EQ(writer.contents(), "a1 b1 c3 d65000 ");
+        EXPECT_EQ(directory.names(),
+                  (std::vector<std::string>{"first", "first-lock", "first-shm", "first-wal", "second",
+                                            "second-lock", "second-shm", "second-wal", "third", "third-lock",
+                                            "third-shm", "third-wal"}));
+    }
+}
+
+// As above, where the coordinator comes free only when its writer dies.
+TEST_F(PendingCommitTest, AnUndecidedOneIsDecidedAfterAWaitForTheCoordinator) {
+    TemporaryDirectory signals;
     ThreeFiles writer(directory, 2);
     ASSERT_EQ(writer.open(), 0);
+    ChildProcess dying([&]() -> std::string {
+        ThreeFiles files(directory, 1);
+        EXPECT_EQ(files.open(), 0);
+        EXPECT_EQ(files.begin(), 0);
+        files.change();
+        std::ofstream(signals / "changed").close();
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        SystemCallWatch watch(directory.path(), [this](const SystemCall &call) {
+            return call.name == "fsync" && call.path == directory / "first-wal" ? Fate::kills : Fate::happens;
+        });
+        return std::to_string(files.end());
+    });
+    while (!fs::exists(signals / "changed"))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ASSERT_EQ(writer.begin(1019), 0);
+    auto start = std::chrono::steady_clock::now();
+    for (size_t file : {0, 1, 2})
+        EXPECT_EQ(writer.session.call(2, &writer.blocks[file], "c3", "", -1).status, 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    ASSERT_EQ(writer.end(), 0);
+    EXPECT_EQ(dying.result(), "killed");
+    EXPECT_EQ(writer.contents(), "a1 b1 c3 d65000 ");
+}
+
+// Where a file is opened only when its coordinator is taken, its decision waits for the transaction's end.
+TEST_F(PendingCommitTest, AnUndecidedOneRefusesAWriterWhoHasTheCoordinatorAlready) {
+    ThreeFiles writer(directory, 2);
+    ASSERT_EQ(writer.session.open(&writer.blocks[0], ThreeFiles::path(directory, 0)), 0);
     dieUndecided();
     ASSERT_EQ(writer.begin(1519), 0);
     EXPECT_EQ(writer.session.call(2, &writer.blocks[0], "c3", "", -1).status, 0);
+    ASSERT_EQ(writer.session.open(&writer.blocks[1], ThreeFiles::path(directory, 1)), 0);
     EXPECT_EQ(writer.session.call(2, &writer.blocks[1], "c3", "", -1).status, 85);
     ASSERT_EQ(writer.session.call(21, nullptr).status, 0);
     std::this_thread::sleep_for(std::chrono::seconds(1));
-    EXPECT_EQ(directory.names(),
-              (std::vector<std::string>{"first", "first-lock", "first-shm", "first-wal", "second",
-                                        "second-lock", "second-shm", "second-wal", "third", "third-lock",
-                                        "third-shm", "third-wal"}));
+    EXPECT_FALSE(fs::exists(directory / "second-commit"));
 }
 
 TEST_F(PendingCommitTest, AnUndecidedOneLetsReadersPassWhileTheCoordinatorIsChanged) {
@@ -143,9 +205,8 @@ TEST_F(PendingCommitTest, TheLivingWriterHoldsNoReaderUp) {
         });
         ASSERT_EQ(writer.end(), 0);
     }
-    // At the two pointers, the header of the coordinator's log and its commit; at the headers of the other
-    // logs, between the commits; at last at the other logs.
-    EXPECT_EQ(seen, (std::vector<std::string>{"bbb", "bbb", "bbb", "bbb", "abb", "aab", "aaa", "aaa"}));
+    // At the two pointers, and at the header of each log and its commit.
+    EXPECT_EQ(seen, (std::vector<std::string>{"bbb", "bbb", "bbb", "bbb", "abb", "abb", "aab", "aab"}));
     EXPECT_EQ(reader.contents(), ThreeFiles::after);
 }
 

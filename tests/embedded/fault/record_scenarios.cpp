@@ -56,9 +56,9 @@ std::string extendedInsert(const std::vector<std::string> &records) {
     return request;
 }
 
-std::string deletionOf(uint8_t value, uint16_t most) {
+std::string deletionOf(uint8_t value, uint16_t most, uint16_t offset = 2) {
     RequestFields fields;
-    fields.terms = {{14, 1, 2, equalTo, std::string(1, static_cast<char>(value)), 0, ""}};
+    fields.terms = {{14, 1, offset, equalTo, std::string(1, static_cast<char>(value)), 0, ""}};
     fields.recordLimit = most;
     return fields.bytes();
 }
@@ -66,6 +66,42 @@ std::string deletionOf(uint8_t value, uint16_t most) {
 const Step deletion = {
     .run = [](World &world) { return world.call(85, deletionOf('1', 100), "", 0, 65535).status; },
     .expected = 9};
+
+// Of a key for which a place in the index takes memory. The last allocation of these changes is always tried.
+std::string longKeyRecord(char first, char value) {
+    return first + std::string(39, 'k') + value;
+}
+
+void prepareLongKeys(World &world) {
+    ASSERT_EQ(world.session().create(world.path("file"), createRequest(41, 0, {{{0, 40, modifiable}}})), 0);
+    openIt(world);
+    for (char first = 'a'; first < 'g'; ++first)
+        ASSERT_EQ(world.insert(longKeyRecord(first, static_cast<char>('0' + first % 2))), 0);
+}
+
+std::vector<Scenario> longKeyChanges() {
+    const std::string key(40, '?');
+    const std::string both = extendedInsert({longKeyRecord('h', '2'), longKeyRecord('A', '2')});
+    auto insertAll = [=](World &world) { return world.call(40, both, key, 0, 4096).status; };
+    auto deleteAll = [=](World &world) {
+        return world.call(85, deletionOf('1', 100, 40), "", 0, 65535).status;
+    };
+    auto insertOne = [=](World &world) { return world.call(2, longKeyRecord('A', '2'), key, 0).status; };
+    return {
+        {.name = "InsertByLongKey",
+         .prepare = prepareLongKeys,
+         .begin = openIt,
+         .work = {{.run = insertOne}}},
+        {.name = "InsertExtendedByLongKey",
+         .prepare = prepareLongKeys,
+         .begin = openIt,
+         .work = {{.run = insertAll}}},
+        {.name = "DeleteExtendedByLongKey",
+         .prepare = prepareLongKeys,
+         .begin = openIt,
+         .work = {{.run = deleteAll, .expected = 9}}},
+    };
+}
 
 // More records than are locked one by one.
 void prepareMany(World &world) {
@@ -168,7 +204,7 @@ std::vector<Scenario> bulkChanges() {
 
 std::vector<Scenario> recordScenarios() {
     std::vector<Scenario> all;
-    for (auto family : {singleChanges, chunkChanges, bulkChanges}) {
+    for (auto family : {singleChanges, chunkChanges, longKeyChanges, bulkChanges}) {
         for (Scenario &scenario : family())
             all.push_back(std::move(scenario));
     }

@@ -47,11 +47,12 @@ class ContinuousOperationTest : public testing::Test {
         EXPECT_EQ(pclose(pipe), 0);
         return line.data();
     }
-    std::string copy() {
+    std::string copyOf(const std::string &file) {
         std::string to = directory / "copy";
-        EXPECT_EQ(system(("cp '" + path + "' '" + to + "'").c_str()), 0);
+        EXPECT_EQ(system(("cp '" + file + "' '" + to + "'").c_str()), 0);
         return to;
     }
+    std::string copy() { return copyOf(path); }
 
     TemporaryDirectory directory;
     std::string path = directory / "file", secondPath = directory / "second";
@@ -127,6 +128,32 @@ TEST_F(ContinuousOperationTest, SeveralFilesBeginTogetherOrNotAtAll) {
     EXPECT_EQ(change(session, path + "," + secondPath, end), 41);
     EXPECT_EQ(change(session, path, begin), 41);
     EXPECT_EQ(change(session, path, end), 0);
+}
+
+TEST_F(ContinuousOperationTest, SeveralFilesBeginAtOneMoment) {
+    std::atomic<bool> isOver = false;
+    std::thread writer([&] {
+        EngineSession mine(10);
+        std::array<EngineSession::PositionBlock, 2> own{};
+        ASSERT_EQ(mine.open(&own[0], path), 0);
+        ASSERT_EQ(mine.open(&own[1], secondPath), 0);
+        for (uint64_t record = 0; !isOver; ++record) {
+            ASSERT_EQ(mine.call(1019, nullptr).status, 0);
+            for (auto &at : own)
+                ASSERT_EQ(insert(mine, at, record), 0);
+            ASSERT_EQ(mine.call(20, nullptr).status, 0);
+        }
+    });
+    std::string both = path + "," + secondPath;
+    for (int round = 0; round < 20; ++round) {
+        ASSERT_EQ(change(session, both, begin), 0);
+        uint64_t records = count(copyOf(path)), recordsOfSecond = count(copyOf(secondPath));
+        EXPECT_EQ(records, recordsOfSecond) << round;
+        ASSERT_EQ(change(session, both, end), 0);
+    }
+    isOver = true;
+    writer.join();
+    EXPECT_GT(count(path), 20u);
 }
 
 TEST_F(ContinuousOperationTest, RelativeNamesStandInTheDirectoryOfTheSession) {

@@ -188,23 +188,36 @@ TEST_F(EncryptionTest, AKilledSetOrClearLeavesTheFileWhole) {
     std::mt19937 random(seed);
     int plain = 0, encrypted = 0;
     for (int round = 0; round < rounds(60, 4) && !HasFailure(); ++round) {
+        // The child tells of each change, so that it has its time however busy the machine is.
+        int changes[2];
+        ASSERT_EQ(pipe(changes), 0);
         pid_t child = forkWhileQuiet();
         ASSERT_GE(child, 0);
         if (child == 0) {
+            ::close(changes[0]);
             EngineSession mine{3};
             EngineSession::PositionBlock at{};
             if (openWith(mine, &at, path, "harbour") != 0)
                 _exit(1);
-            for (;;) {
-                clearOwner(mine, &at);
-                setOwner(mine, &at, deniedEncrypted, "harbour");
+            for (bool sets = false;; sets = !sets) {
+                if (sets)
+                    setOwner(mine, &at, deniedEncrypted, "harbour");
+                else
+                    clearOwner(mine, &at);
+                if (write(changes[1], "", 1) != 1)
+                    _exit(1);
             }
         }
-        usleep(static_cast<useconds_t>(random() % 400000));
+        ::close(changes[1]);
+        char change;
+        for (auto left = random() % 4; left > 0; --left)
+            ASSERT_EQ(read(changes[0], &change, 1), 1);
+        usleep(static_cast<useconds_t>(random() % 100000));
         ASSERT_EQ(kill(child, SIGKILL), 0);
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
         ASSERT_TRUE(WIFSIGNALED(status));
+        ::close(changes[0]);
 
         bool isPlain = session.open(&block, path, -3) == 0;
         ++(isPlain ? plain : encrypted);

@@ -1,249 +1,275 @@
-#include <map>
-#include <optional>
+#include <atomic>
 #include <random>
-#include <set>
+#include <thread>
 
+#include "embedded/emulation.h"
 #include "embedded/operation/lock_fixture.h"
+#include "embedded/operation/lock_model.h"
+#include "embedded/quiet_fork.h"
 
 namespace {
 
 using namespace vantrel::test;
 
-// Steps of a script: 1 and 2 read the records a and b with a single lock, without waiting; r and s read them
-// without a lock; u updates and d deletes the current record; B begins a transaction that never waits, E ends
-// and A aborts it.
-constexpr char allSteps[] = "12rsudBEA";
-
-// Who may do what, on two records.
-class LockModel {
+// Which session goes next wherever both could, through all possibilities.
+class Order {
   public:
-    struct Outcome {
-        int32_t status;
-        int version = 0;  // of the record that a read finds
-    };
-
-    explicit LockModel(int versionA, int versionB) : committed_{{'a', versionA}, {'b', versionB}} {
-        newest_ = std::max(versionA, versionB);
+    int next(int count) {
+        if (count == 1)
+            return 0;
+        if (used_ == choices_.size())
+            choices_.push_back({0, count});
+        return choices_[used_++].chosen;
     }
-
-    // Nothing where the step would wait for the other session.
-    std::optional<Outcome> apply(int session, char step) {
-        me_ = session;
-        switch (step) {
-            case '1':
-            case '2':
-                return read(step == '1' ? 'a' : 'b', true);
-            case 'r':
-            case 's':
-                return read(step == 'r' ? 'a' : 'b', false);
-            case 'u':
-            case 'd':
-                return change(step == 'd');
-            case 'B':
-                return begin();
-            default:
-                return finish(step == 'E');
-        }
+    // False after the last one.
+    bool advance() {
+        used_ = 0;
+        while (!choices_.empty() && choices_.back().chosen + 1 == choices_.back().count)
+            choices_.pop_back();
+        if (choices_.empty())
+            return false;
+        ++choices_.back().chosen;
+        return true;
     }
-    // The version that the next update gives.
-    int nextVersion() const { return newest_ + 1; }
 
   private:
-    using Records = std::map<char, int>;
-
-    struct Session {
-        bool isInside = false;
-        std::optional<char> current = {};
-        int version = 0;
-        std::optional<char> lock = {};
-        bool lockIsTransactions = false;
-        Records before = {};  // versions of the records that the transaction changed
+    struct Choice {
+        int chosen, count;
     };
-
-    Session &me() { return sessions_[me_]; }
-    Session &other() { return sessions_[1 - me_]; }
-    Records &view() { return writer_ == me_ ? changed_ : committed_; }
-    bool otherHolds(char record) { return other().lock == record || other().before.count(record) != 0; }
-
-    Outcome read(char record, bool locks) {
-        auto found = view().find(record);
-        if (found == view().end()) {
-            me().current.reset();
-            return {4};
-        }
-        if (locks) {
-            if (otherHolds(record))
-                return {84};
-            if (me().lock != record)
-                me().lockIsTransactions = me().isInside;
-            me().lock = record;
-        }
-        me().current = record;
-        me().version = found->second;
-        return {0, found->second};
-    }
-
-    std::optional<Outcome> change(bool erases) {
-        if (!me().current)
-            return Outcome{8};
-        if (writer_ == 1 - me_)
-            return me().isInside ? std::optional(Outcome{85}) : std::nullopt;
-        if (me().isInside && writer_ != me_) {
-            writer_ = me_;
-            changed_ = committed_;
-        }
-        char record = *me().current;
-        if (otherHolds(record))
-            return Outcome{84};
-        auto stored = view().find(record);
-        if (stored == view().end() || stored->second != me().version)
-            return Outcome{80};
-        if (me().isInside)
-            me().before.emplace(record, stored->second);
-        else if (me().lock == record)
-            me().lock.reset();
-        ++newest_;
-        if (erases) {
-            view().erase(stored);
-            me().current.reset();
-        } else {
-            stored->second = me().version = newest_;
-        }
-        return Outcome{0};
-    }
-
-    Outcome begin() {
-        if (me().isInside)
-            return {37};
-        me().isInside = true;
-        return {0};
-    }
-
-    Outcome finish(bool keeps) {
-        if (!me().isInside)
-            return {keeps ? 39 : 36};
-        if (writer_ == me_) {
-            if (keeps)
-                committed_ = changed_;
-            else if (me().current && me().before.count(*me().current) != 0)
-                me().version = me().before[*me().current];
-            writer_ = nobody;
-        }
-        me().before.clear();
-        me().isInside = false;
-        if (me().lockIsTransactions)
-            me().lock.reset();
-        me().lockIsTransactions = false;
-        return {0};
-    }
-
-    static constexpr int nobody = -1;
-
-    Records committed_, changed_;
-    Session sessions_[2];
-    int me_ = 0;
-    int writer_ = nobody;
-    int newest_;
+    std::vector<Choice> choices_;
+    size_t used_ = 0;
 };
 
 class LockInterleavingTest : public LockFixture {
   protected:
-    // Records hold their version as a digit or letter, so that reads tell it.
-    static char digit(int version) { return static_cast<char>('0' + version); }
+    LockInterleavingTest() : LockFixture(2) {}
 
-    int32_t run(int session, char step, int nextVersion, int *version) {
-        LockClient &client = *clients[static_cast<size_t>(session)];
-        if (step == '1' || step == '2' || step == 'r' || step == 's') {
-            bool isA = step == '1' || step == 'r';
-            Reply reply = client.session.call(step == '1' || step == '2' ? 205 : 5, client.block(), "",
-                                              isA ? "a" : "b", 0, 2);
-            *version = reply.status == 0 ? reply.data[1] - '0' : 0;
-            currentOf[session] = reply.status == 84 ? currentOf[session] : isA ? 'a' : 'b';
-            return reply.status;
+    using Outcome = LockModel::Outcome;
+
+    // A step that waits for the other session, in a thread of its own.
+    struct Parked {
+        int session;
+        LockStep step;
+        int content;
+        std::future<int32_t> status;
+        std::shared_ptr<int> found = std::make_shared<int>(0);
+    };
+
+    Reply read(int session, LockStep step) {
+        static constexpr struct {
+            char action, letter;
+            uint32_t bias;
+        } reads[] = {{'r', 'a', 0},   {'s', 'b', 0},   {'1', 'a', 200}, {'2', 'b', 200},
+                     {'3', 'c', 200}, {'w', 'a', 100}, {'x', 'b', 100}, {'m', 'a', 400},
+                     {'n', 'b', 400}, {'v', 'a', 300}, {'y', 'b', 300}};
+        for (const auto &[action, letter, bias] : reads) {
+            if (action == step.action) {
+                LockClient &client = *clients[static_cast<size_t>(session)];
+                Reply reply = client.session.call(5 + bias, client.block(step.file), "", {letter}, 0, 2);
+                if (reply.status == 0)
+                    currentOf[session][step.file] = letter;
+                return reply;
+            }
         }
-        switch (step) {
+        return {};
+    }
+
+    // Records hold their content as one character.
+    int32_t run(int session, LockStep step, int content, int *found) {
+        LockClient &client = *clients[static_cast<size_t>(session)];
+        char &current = currentOf[session][step.file];
+        char written = static_cast<char>('0' + content);
+        switch (step.action) {
             case 'u':
-                return client.update({currentOf[session], digit(nextVersion)});
+                return client.update({current, written}, step.file);
             case 'd':
-                return client.erase();
+                return client.erase(step.file);
+            case 'i': {
+                int32_t status = client.insert({'c', written}, step.file);
+                if (status == 0)
+                    current = 'c';
+                return status;
+            }
+            case 'K':
+                return client.unlock(-2, step.file);
             case 'B':
                 return client.begin(1519);
+            case 'C':
+                return client.begin(1019);
+            case 'X':
+                return client.begin(19);
             case 'E':
                 return client.end();
-            default:
+            case 'A':
                 return client.abort();
+            default:
+                Reply reply = read(session, step);
+                *found = reply.status == 0 ? reply.data[1] - '0' : 0;
+                return reply.status;
         }
     }
 
     void restore() {
-        for (auto &client : clients) {
+        for (auto &client : clients)
             client->abort();
-            client->unlock(0);
-            EXPECT_EQ(client->read('?'), 4);
-        }
-        for (char letter : {'a', 'b'}) {
+        for (size_t file : {0u, 1u}) {
             LockClient &client = *clients[0];
-            std::string record{letter, digit(letter == 'a' ? 1 : 2)};
-            EXPECT_EQ(client.read(letter) == 0 ? client.update(record) : client.insert(record), 0);
-            EXPECT_EQ(client.read('?'), 4);
+            for (auto &each : clients) {
+                each->unlock(-2, file);
+                EXPECT_EQ(each->read('?', 0, file), 4);
+            }
+            for (const char *record : {"a1", "b2"}) {
+                if (client.data(record[0], file) == record)
+                    continue;
+                EXPECT_EQ(client.read(record[0], 0, file) == 0 ? client.update(record, file)
+                                                               : client.insert(record, file),
+                          0);
+            }
+            if (client.read('c', 0, file) == 0) {
+                EXPECT_EQ(client.erase(file), 0);
+            }
+            EXPECT_EQ(client.read('?', 0, file), 4);
         }
     }
 
-    // One order of the two scripts' steps: a set bit is a step of the second session.
-    void interleave(const std::string &first, const std::string &second, uint32_t order) {
-        restore();
-        LockModel model(1, 2);
-        std::string done;
-        size_t next[2] = {0, 0};
-        for (size_t step = 0; step < first.size() + second.size(); ++step) {
-            int session = static_cast<int>(order >> step & 1);
-            char action = (session == 0 ? first : second)[next[session]++];
-            int nextVersion = model.nextVersion();
-            std::optional<LockModel::Outcome> expected = model.apply(session, action);
-            if (!expected)
-                return;
-            done += {static_cast<char>('1' + session), action, ' '};
-            int version = 0;
-            ASSERT_EQ(run(session, action, nextVersion, &version), expected->status) << done;
-            ASSERT_EQ(version, expected->version) << done;
-            ++steps;
+    // Returns when the step's thread sleeps.
+    void park(int session, LockStep step, int content) {
+        parked.emplace(Parked{.session = session, .step = step, .content = content, .status = {}});
+        auto thread = std::make_shared<std::atomic<pid_t>>(0);
+        parked->status = later([=, this, found = parked->found] {
+            *thread = gettid();
+            return run(session, step, content, found.get());
+        });
+        auto isWaiting = [&] {
+            return *thread != 0 && isAsleep("/proc/self/task/" + std::to_string(*thread));
+        };
+        while (!isWaiting() && !isDone())
+            std::this_thread::yield();
+        ++waits;
+    }
+    bool isDone() const {
+        return parked->status.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    }
+
+    // The waiting step goes on as soon as it may.
+    void checkParked(const std::string &done) {
+        std::optional<Outcome> expected = model.apply(parked->session, parked->step, parked->content);
+        if (!expected) {
+            ASSERT_FALSE(isDone()) << done;
+            return;
         }
+        ASSERT_TRUE(endsSoon(parked->status)) << done;
+        EXPECT_EQ(parked->status.get(), expected->status) << done;
+        EXPECT_EQ(*parked->found, expected->content) << done;
+        parked.reset();
+    }
+
+    void take(int session, LockStep step, std::string &done) {
+        int content = ++stepsDone;
+        done += {static_cast<char>('1' + session), step.action, step.file == 0 ? ' ' : '\''};
+        std::optional<Outcome> expected = model.apply(session, step, content);
+        if (!expected && !parked) {
+            park(session, step, content);
+            return;
+        }
+        int found = 0;
+        // Both would wait: the one that comes last is refused.
+        if (!expected) {
+            ++deadlocks;
+            expected = Outcome{78};
+        }
+        ASSERT_EQ(run(session, step, content, &found), expected->status) << done;
+        ASSERT_EQ(found, expected->content) << done;
+        if (parked)
+            checkParked(done);
+    }
+
+    void interleave(const std::vector<LockStep> (&scripts)[2], Order &order) {
+        restore();
+        model = LockModel();
+        stepsDone = 2;
+        std::string done;
+        for (size_t next[2] = {0, 0};;) {
+            std::vector<int> able;
+            for (int session : {0, 1}) {
+                if (next[session] < scripts[session].size() && !(parked && parked->session == session))
+                    able.push_back(session);
+            }
+            if (able.empty())
+                break;
+            int session = able[static_cast<size_t>(order.next(static_cast<int>(able.size())))];
+            ASSERT_NO_FATAL_FAILURE(take(session, scripts[session][next[session]++], done));
+        }
+        for (LockStep step : {LockStep{'A'}, LockStep{'K'}, LockStep{'K', 1}}) {
+            if (parked) {
+                ASSERT_NO_FATAL_FAILURE(take(1 - parked->session, step, done));
+            }
+        }
+        ASSERT_FALSE(parked) << done;
+        ++orders;
     }
 
     void interleaveAll(const std::string &first, const std::string &second) {
-        for (uint32_t order = 0; order < 1u << (first.size() + second.size()); ++order) {
-            if (static_cast<size_t>(__builtin_popcount(order)) != second.size())
-                continue;
-            ASSERT_NO_FATAL_FAILURE(interleave(first, second, order));
+        const std::vector<LockStep> scripts[2] = {lockScript(first), lockScript(second)};
+        Order order;
+        do {
+            ASSERT_NO_FATAL_FAILURE(interleave(scripts, order)) << first << " and " << second;
+            ASSERT_FALSE(HasFailure()) << first << " and " << second;
+        } while (order.advance());
+    }
+
+    void interleaveEachWithEach(const std::vector<std::string> &scripts) {
+        for (size_t first = 0; first < scripts.size(); ++first) {
+            for (size_t second = first; second < scripts.size(); ++second)
+                ASSERT_NO_FATAL_FAILURE(interleaveAll(scripts[first], scripts[second]));
         }
     }
 
-    char currentOf[2] = {'a', 'a'};
-    size_t steps = 0;
+    LockModel model;
+    std::optional<Parked> parked;
+    char currentOf[2][2] = {{'a', 'a'}, {'a', 'a'}};
+    int stepsDone = 0;
+    size_t orders = 0, waits = 0, deadlocks = 0;
 };
 
 TEST_F(LockInterleavingTest, SessionsDoWhatTheyMayInEveryOrder) {
-    const std::vector<std::string> scripts = {"1u2u", "1d2u", "BruE", "B1uE", "B1uA", "BrdE",
-                                              "BrdA", "12su", "ruru", "B12E", "Bu1E", "1BuE"};
-    for (size_t first = 0; first < scripts.size(); ++first) {
-        for (size_t second = first; second < scripts.size(); ++second)
-            ASSERT_NO_FATAL_FAILURE(interleaveAll(scripts[first], scripts[second]));
-    }
-    EXPECT_GT(steps, 20000u);
+    interleaveEachWithEach(
+        {"1u2u", "1d2u", "BruE", "B1uE", "B1uA", "BrdE", "BrdA", "12su", "ruru", "B12E", "Bu1E", "1BuE"});
+    EXPECT_GT(orders, 4000u);
+    EXPECT_GT(waits, 300u);
+}
+
+TEST_F(LockInterleavingTest, SessionsWaitAsLongAsTheyMustInEveryOrder) {
+    interleaveEachWithEach(rounds<std::vector<std::string>>(
+        {"wuxK", "CwuE", "CwdA", "vyuK", "XrxE", "CiuE", "3i2d", "XiuA", "m1Kn"}, {"wuxK", "CwdA", "XrxE"}));
+    EXPECT_GT(waits, rounds<size_t>(500, 50));
+    EXPECT_GT(deadlocks, 0u);
+}
+
+TEST_F(LockInterleavingTest, SessionsWaitInTwoFilesInEveryOrder) {
+    interleaveEachWithEach(
+        rounds<std::vector<std::string>>({"Cii'E", "Ci'iA", "ww'uK", "Xw'rE", "w'iuK"}, {"Cii'E", "Xw'rE"}));
+    EXPECT_GT(waits, rounds<size_t>(200, 50));
+    EXPECT_GT(deadlocks, rounds<size_t>(10, 1));
 }
 
 TEST_F(LockInterleavingTest, SessionsDoWhatTheyMayInEveryOrderOfRandomScripts) {
     uint32_t seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
-    auto script = [&] {
+    auto script = [&](const std::string &actions) {
         std::string text;
-        while (text.size() < 4)
-            text += allSteps[random() % (sizeof allSteps - 1)];
+        for (int step = 0; step < 4; ++step) {
+            text += actions[random() % actions.size()];
+            if (random() % 4 == 0)
+                text += '\'';
+        }
         return text;
     };
-    for (int pair = 0; pair < 60; ++pair)
-        ASSERT_NO_FATAL_FAILURE(interleaveAll(script(), script()));
+    for (int pair = 0; pair < 40; ++pair) {
+        std::string actions = pair % 2 == 0 ? "12rsudBEA" : "12wxvyudidiCXEAK";
+        ASSERT_NO_FATAL_FAILURE(interleaveAll(script(actions), script(actions)));
+    }
 }
 
 }  // namespace

@@ -1,6 +1,3 @@
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "embedded/operation/engine_session.h"
 
 namespace {
@@ -141,21 +138,6 @@ TEST_F(TransactionsTest, StaleReadsAreFoundAtTheFirstChange) {
     EXPECT_EQ(session.call(3, &block, "a3", "", -1).status, 0);
     ASSERT_EQ(session.call(20, nullptr).status, 0);
     EXPECT_EQ(theirs("a"), "a3");
-}
-
-TEST_F(TransactionsTest, AFileThatMayNotBeWrittenIsReadInAnExclusiveOne) {
-    if (geteuid() == 0)
-        GTEST_SKIP() << "no permission is missing to the superuser";
-    ASSERT_EQ(other.call(1, &otherBlock).status, 0);
-    ASSERT_EQ(chmod(path.c_str(), 0444), 0);
-    ASSERT_EQ(chmod((path + "-lock").c_str(), 0444), 0);
-    ASSERT_EQ(other.open(&otherBlock, path, -2), 0);
-    ASSERT_EQ(other.call(19, nullptr).status, 0);
-    EXPECT_EQ(theirs("a"), "a1");
-    EXPECT_EQ(session.call(2, &block, "b1", "", -1).status, 0);
-    EXPECT_EQ(theirs("b"), "b1");
-    EXPECT_EQ(read(other, otherBlock, "a", 205), "94");
-    EXPECT_EQ(other.call(20, nullptr).status, 0);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@ using namespace vantrel::embedded;
 class OpenGate final : public WriteGate {
   public:
     void enter(Waiting, const std::function<bool()> &begin) override { ASSERT_TRUE(begin()); }
+    void committed() override {}
     void leave() override {}
 };
 
