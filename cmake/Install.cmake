@@ -17,7 +17,7 @@ endif()
 install(TARGETS ${vantrel_libraries} EXPORT VantrelTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/include/vantrel.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
-# Neither file names the prefix: what is installed can be moved.
+# Neither file depends on the prefix: what is installed can be moved.
 install(EXPORT VantrelTargets NAMESPACE Vantrel:: DESTINATION ${vantrel_cmake_folder})
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/VantrelConfig.cmake.in
     ${PROJECT_BINARY_DIR}/VantrelConfig.cmake INSTALL_DESTINATION ${vantrel_cmake_folder})
@@ -48,7 +48,13 @@ foreach(section 3 7)
 endforeach()
 add_custom_target(vantrel_man ALL DEPENDS ${vantrel_pages})
 
-install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# The link to the header leads to where that is installed.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/README.md)
+file(RELATIVE_PATH vantrel_header_path ${CMAKE_INSTALL_FULL_DOCDIR} ${CMAKE_INSTALL_FULL_INCLUDEDIR}/vantrel.h)
+file(READ ${PROJECT_SOURCE_DIR}/README.md vantrel_readme)
+string(REPLACE "](include/vantrel.h)" "](${vantrel_header_path})" vantrel_readme "${vantrel_readme}")
+file(WRITE ${PROJECT_BINARY_DIR}/README.md "${vantrel_readme}")
+install(FILES ${PROJECT_BINARY_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
     FILES_MATCHING PATTERN *.md PATTERN api EXCLUDE PATTERN man EXCLUDE)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/catalogue DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

@@ -24,7 +24,7 @@ void storeText(char *field, size_t size, const char *text) {
 }
 
 NameKey nameKey(const char *name, const char *version) {
-    NameKey key;
+    NameKey key = {0};
     storeText(key.name, sizeof key.name, name);
     storeText(key.version, sizeof key.version, version);
     return key;
