@@ -13,6 +13,7 @@
 
 #include "engine_files.h"
 #include "engine_requests.h"
+#include "tests/embedded/quiet_fork.h"
 
 namespace vantrel::fuzz {
 
@@ -98,14 +99,13 @@ void leaveCommitPending(Maker &maker) {
 
 FileImage make(const std::string &directory, const std::string &name, bool isClosed,
                const std::function<void(Maker &)> &work) {
-    pid_t child = fork();
-    if (child == 0) {
+    pid_t child = test::forkWhileQuiet([&] {
         Maker maker(directory);
         work(maker);
         if (isClosed)
             maker.close(0);
-        _exit(0);
-    }
+        return 0;
+    });
     int status = -1;
     require(waitpid(child, &status, 0) == child && status == 0, "the making of an image");
     std::string file = directory + "/file", other = directory + "/other";

@@ -5,8 +5,7 @@
 
 namespace vantrel::test {
 
-// Under an emulator, which VANTREL_EMULATED tells of, everything takes many times longer, and a child of a
-// process with several threads cannot start threads of its own.
+// Under an emulator, which VANTREL_EMULATED tells of, everything takes many times longer.
 inline bool isEmulated() {
     return getenv("VANTREL_EMULATED") != nullptr;
 }

@@ -14,16 +14,15 @@ ChildProcess::ChildProcess(const Work &work, Start start) {
     int ends[2], startEnds[2];
     EXPECT_EQ(pipe(ends), 0);
     EXPECT_EQ(pipe(startEnds), 0);
-    process_ = forkWhileQuiet();
-    if (process_ == 0) {
+    process_ = forkWhileQuiet([&] {
         close(startEnds[1]);
         char nothing;
         if (start == Start::forResult && read(startEnds[0], &nothing, 1) != 1)
-            _exit(1);
+            return 1;
         std::string result = work();
         bool isWritten = write(ends[1], result.data(), result.size()) == static_cast<ssize_t>(result.size());
-        _exit(isWritten && !testing::Test::HasFailure() ? 0 : 1);
-    }
+        return isWritten && !testing::Test::HasFailure() ? 0 : 1;
+    });
     close(ends[1]);
     close(startEnds[0]);
     output_ = ends[0];

@@ -37,8 +37,7 @@ PausedProcess::PausedProcess(const Work &work, const std::function<void()> &copy
     int told[2], answers[2];
     EXPECT_EQ(pipe(told), 0);
     EXPECT_EQ(pipe(answers), 0);
-    process_ = forkWhileQuiet();
-    if (process_ == 0) {
+    process_ = forkWhileQuiet([&]() -> int {
         close(told[0]);
         close(answers[1]);
         alarm(patienceSeconds);
@@ -46,11 +45,11 @@ PausedProcess::PausedProcess(const Work &work, const std::function<void()> &copy
         std::string report = work(teller);
         teller.tell(reportFollows);
         if (write(told[1], report.data(), report.size()) != static_cast<ssize_t>(report.size()))
-            _exit(1);
+            return 1;
         close(told[1]);
         for (;;)
             pause();
-    }
+    });
     close(told[1]);
     close(answers[0]);
     listen(told[0], answers[1], copy);

@@ -30,12 +30,12 @@ void writeLine(int descriptor, const std::string &line) {
     EXPECT_EQ(write(descriptor, text.data(), text.size()), static_cast<ssize_t>(text.size()));
 }
 
-[[noreturn]] void takePart(const std::string &path, int commands, int answers) {
+int takePart(const std::string &path, int commands, int answers) {
     ParticipantSession session(path);
     for (;;) {
         std::string command = readLine(commands);
         if (command.empty())
-            _exit(0);
+            return 0;
         writeLine(answers, session.perform(command));
     }
 }
@@ -46,12 +46,11 @@ Participant::Participant(const std::string &path) {
     int commands[2], answers[2];
     EXPECT_EQ(pipe(commands), 0);
     EXPECT_EQ(pipe(answers), 0);
-    process_ = forkWhileQuiet();
-    if (process_ == 0) {
+    process_ = forkWhileQuiet([&] {
         close(commands[1]);
         close(answers[0]);
-        takePart(path, commands[0], answers[1]);
-    }
+        return takePart(path, commands[0], answers[1]);
+    });
     close(commands[0]);
     close(answers[1]);
     commands_ = commands[1];

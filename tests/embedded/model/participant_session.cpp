@@ -158,8 +158,7 @@ std::string ParticipantSession::useInChild() {
     int answers[2];
     if (pipe(answers) != 0)
         return "no pipe";
-    pid_t child = forkWhileQuiet();
-    if (child == 0) {
+    pid_t child = forkWhileQuiet([&] {
         std::string text = next(VANTREL_LOCK_MODE_NONE);
         VantrelFile *own = nullptr;
         text += ", open " + textOf(open(&own));
@@ -167,8 +166,8 @@ std::string ParticipantSession::useInChild() {
         text += ", " + read(2, VANTREL_LOCK_MODE_NONE);
         text += ", close " + textOf(VantrelClientFileClose(client_, file_));
         bool isWritten = write(answers[1], text.data(), text.size()) > 0;
-        _exit(isWritten ? 0 : 1);
-    }
+        return isWritten ? 0 : 1;
+    });
     close(answers[1]);
     char text[200];
     ssize_t length = ::read(answers[0], text, sizeof text);

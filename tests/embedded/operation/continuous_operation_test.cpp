@@ -213,14 +213,13 @@ TEST_F(ContinuousOperationTest, AResetEndsIt) {
 TEST_F(ContinuousOperationTest, EndsWithItsProcess) {
     int ready[2];
     ASSERT_EQ(pipe(ready), 0);
-    pid_t child = forkWhileQuiet();
-    if (child == 0) {
+    pid_t child = forkWhileQuiet([&] {
         EngineSession mine(3);
         char began = change(mine, path, begin) == 0 ? 'y' : 'n';
         if (write(ready[1], &began, 1) == 1)
             pause();
-        _exit(1);
-    }
+        return 1;
+    });
     char began = 0;
     ASSERT_EQ(read(ready[0], &began, 1), 1);
     EXPECT_EQ(began, 'y');
@@ -236,9 +235,7 @@ TEST_F(ContinuousOperationTest, EndsWithItsProcess) {
 TEST_F(ContinuousOperationTest, AForkedChildDoesNotInheritIt) {
     ASSERT_EQ(change(session, path, begin), 0);
     std::string before = bytesOnDisk();
-    pid_t child = forkWhileQuiet();
-    if (child == 0)
-        _exit(change(session, path, end) == 41 ? 0 : 1);
+    pid_t child = forkWhileQuiet([&] { return change(session, path, end) == 41 ? 0 : 1; });
     int status = -1;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);

@@ -272,17 +272,16 @@ TEST_F(EncryptionTest, ProcessesWorkTogether) {
     constexpr uint32_t count = 150;
     pid_t children[2];
     for (uint32_t number : {0u, 1u}) {
-        children[number] = forkWhileQuiet();
+        children[number] = forkWhileQuiet([&] {
+            EngineSession mine{static_cast<uint8_t>(3 + number)};
+            EngineSession::PositionBlock at{};
+            bool isDone = openWith(mine, &at, path, "harbour") == 0;
+            for (uint32_t insertion = 0; insertion < count; ++insertion)
+                isDone &= mine.call(2, &at, record(insertion * 2 + number), "", -1).status == 0;
+            isDone &= mine.call(28, nullptr).status == 0;
+            return isDone ? 0 : 1;
+        });
         ASSERT_GE(children[number], 0);
-        if (children[number] != 0)
-            continue;
-        EngineSession mine{static_cast<uint8_t>(3 + number)};
-        EngineSession::PositionBlock at{};
-        bool isDone = openWith(mine, &at, path, "harbour") == 0;
-        for (uint32_t insertion = 0; insertion < count; ++insertion)
-            isDone &= mine.call(2, &at, record(insertion * 2 + number), "", -1).status == 0;
-        isDone &= mine.call(28, nullptr).status == 0;
-        _exit(isDone ? 0 : 1);
     }
     for (pid_t child : children) {
         int status = 0;
@@ -301,10 +300,8 @@ TEST_F(EncryptionTest, ProcessesWorkTogether) {
 TEST_F(EncryptionTest, AForkedChildLeavesTheParentsFileAlone) {
     create();
     ASSERT_EQ(insert(record(1)), 0);
-    pid_t child = forkWhileQuiet();
+    pid_t child = forkWhileQuiet([&] { return session.call(12, &block, "", "", 0, 2000).status; });
     ASSERT_GE(child, 0);
-    if (child == 0)
-        _exit(session.call(12, &block, "", "", 0, 2000).status);
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(WEXITSTATUS(status), 3);

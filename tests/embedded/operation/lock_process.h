@@ -18,14 +18,13 @@ class LockProcess {
     explicit LockProcess(const std::function<bool()> &work) {
         int ready[2];
         EXPECT_EQ(pipe(ready), 0);
-        process_ = forkWhileQuiet();
-        if (process_ == 0) {
+        process_ = forkWhileQuiet([&]() -> int {
             char outcome = work() ? 'y' : 'n';
             if (write(ready[1], &outcome, 1) != 1)
-                _exit(1);
+                return 1;
             for (;;)
                 pause();
-        }
+        });
         char outcome = '?';
         close(ready[1]);
         EXPECT_EQ(read(ready[0], &outcome, 1), 1);

@@ -203,14 +203,12 @@ TEST_F(LockStressTest, ProcessesLoseNoChangeOfALockedRecord) {
         std::vector<pid_t> processes;
         for (size_t process = 0; process < count; ++process) {
             auto childSeed = static_cast<uint32_t>(random());
-            pid_t child = forkWhileQuiet();
-            if (child == 0) {
+            processes.push_back(forkWhileQuiet([&] {
                 auto *worker = new Worker(20, path, childSeed);
                 for (int round = 0; round < 80 && !HasFailure(); ++round)
                     round % 4 == 0 ? worker->countInOrder(tally) : worker->countOne(tally);
-                _exit(HasFailure() ? 1 : 0);
-            }
-            processes.push_back(child);
+                return HasFailure() ? 1 : 0;
+            }));
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(random() % 300));
         for (size_t process = 0; process < count / 2; ++process)

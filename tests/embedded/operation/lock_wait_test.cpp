@@ -117,9 +117,8 @@ TEST_F(LockWaitTest, AForkDoesNotWaitForIt) {
     std::future<int32_t> waiter = later([&] { return other.read('a', 100); });
     EXPECT_TRUE(isWaiting(waiter));
     std::future<int32_t> forked = later([&] {
-        pid_t child = forkWhileQuiet();
-        if (child == 0)
-            _exit((new LockClient(9, paths))->read('a', 200) == 84 ? 7 : 8);
+        pid_t child =
+            forkWhileQuiet([&] { return (new LockClient(9, paths))->read('a', 200) == 84 ? 7 : 8; });
         int status = 0;
         return waitpid(child, &status, 0) == child ? WEXITSTATUS(status) : -1;
     });

@@ -6,7 +6,7 @@
 
 #include <csignal>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 #include "embedded/operation/engine_session.h"
 #include "embedded/quiet_fork.h"
@@ -47,7 +47,9 @@ inline std::vector<std::string> recordsOf(EngineSession &session, EngineSession:
 
 inline std::string contentOf(const std::string &path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
 }
 
 inline void writeContent(const std::string &path, const std::string &content) {
@@ -67,12 +69,11 @@ inline std::vector<std::string> filesWith(const TemporaryDirectory &directory, c
 // Runs a function in a process of its own that is killed when it returns.
 template <class Function>
 void runAndKill(Function &&function) {
-    pid_t child = forkWhileQuiet();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
+    pid_t child = forkWhileQuiet([&] {
         function();
-        kill(getpid(), SIGKILL);
-    }
+        return kill(getpid(), SIGKILL);
+    });
+    ASSERT_GE(child, 0);
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);

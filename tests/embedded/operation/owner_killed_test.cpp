@@ -35,17 +35,17 @@ class OwnerKilledTest : public EncryptionTest {
         return Owner{names[choice % 3], modes[choice % 4]};
     }
 
-    // Counts the changes begun and finished where its parent sees them.
-    [[noreturn]] void changeOwners(const State &first, unsigned round) {
+    // Counts the changes begun and finished where its parent sees them. Returns only after a failure.
+    int changeOwners(const State &first, unsigned round) {
         EngineSession mine{3};
         EngineSession::PositionBlock at{};
         if (openWith(mine, &at, path, first ? first->name : "") != 0)
-            _exit(1);
+            return 1;
         for (;;) {
             State next = stateAfter(first, round, ++counts->begun);
             int32_t status = next ? setOwner(mine, &at, next->mode, next->name) : clearOwner(mine, &at);
             if (status != 0)
-                _exit(2);
+                return 2;
             ++counts->finished;
         }
     }
@@ -101,10 +101,8 @@ TEST_F(OwnerKilledTest, TheFileHasTheOwnerBeforeOrAfterTheChange) {
     for (unsigned round = 0; round < rounds(24u, 4u) && !HasFailure(); ++round) {
         SCOPED_TRACE("seed " + std::to_string(seed) + " round " + std::to_string(round));
         counts->begun = counts->finished = 0;
-        pid_t child = forkWhileQuiet();
+        pid_t child = forkWhileQuiet([&] { return changeOwners(state, round); });
         ASSERT_GE(child, 0);
-        if (child == 0)
-            changeOwners(state, round);
         const std::atomic<uint32_t> &count = random() % 2 == 0 ? counts->begun : counts->finished;
         auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         uint32_t changes = 1 + random() % 4;

@@ -238,19 +238,18 @@ TEST_F(SessionsTest, AForkedChildOwnsNothingOfItsParent) {
     ASSERT_EQ(session.call(1019, nullptr).status, 0);
     ASSERT_EQ(session.call(2, &block, "c1", "", -1).status, 0);
     ASSERT_EQ(session.call(112, &block, "", "k", 0, 2).status, 0);
-    pid_t child = forkWhileQuiet();
-    if (child == 0) {
+    pid_t child = forkWhileQuiet([&] {
         if (session.call(12, &block, "", "k", 0, 2).status != 3)
-            _exit(1);
+            return 1;
         EngineSession::PositionBlock own{};
         if (session.open(&own, path) != 0)
-            _exit(2);
+            return 2;
         if (session.call(13, &own, "", "k", 0, 2).data != "b1")
-            _exit(3);
+            return 3;
         if (session.call(212, &own, "", "k", 0, 2).status != 84)
-            _exit(4);
-        _exit(session.call(1, &own).status == 0 ? 0 : 5);
-    }
+            return 4;
+        return session.call(1, &own).status == 0 ? 0 : 5;
+    });
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0) << "exit code " << WEXITSTATUS(status);
