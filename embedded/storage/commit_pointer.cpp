@@ -49,9 +49,8 @@ bool CommitPointer::isBeside(const std::string &path) {
     return access(pathBeside(path).c_str(), F_OK) == 0;
 }
 
-void CommitPointer::removeLeftBeside(const std::string &path) {
-    removeIfThere(pathBeside(path));
-    removeIfThere(unfinishedPath(pathBeside(path)));
+std::vector<std::string> CommitPointer::pathsLeftBeside(const std::string &path) {
+    return {pathBeside(path), unfinishedPath(pathBeside(path))};
 }
 
 CommitPointer CommitPointer::place(const std::string &path, const CommitReference &reference) {

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "embedded/key/definition.h"
 #include "embedded/storage/system_file.h"
@@ -29,8 +30,9 @@ class CommitPointer {
     static std::string pathBeside(const std::string &path);
     static bool isBeside(const std::string &path);
 
-    // Of a file that goes, or that was made anew.
-    static void removeLeftBeside(const std::string &path);
+    // Of a finished pointer and one that was not, which are of no more use where the file goes or was made
+    // anew.
+    static std::vector<std::string> pathsLeftBeside(const std::string &path);
 
     // Makes one that is locked and synced; its name is durable when the directory is.
     static CommitPointer place(const std::string &path, const CommitReference &reference);

@@ -22,12 +22,19 @@ std::string newFilePath(const std::string &path) {
     return path + "-new";
 }
 
-void removeSideFiles(const std::string &path) {
-    removeIfThere(path + "-wal");
-    removeIfThere(path + "-shm");
-    removeIfThere(path + "-journal");
-    CommitPointer::removeLeftBeside(path);
-    removeIfThere(copyPath(path));
+using Paths = std::vector<std::string>;
+
+Paths sideFilesOf(const std::string &path) {
+    Paths paths = CommitPointer::pathsLeftBeside(path);
+    for (const char *ending : {"-wal", "-shm", "-journal"})
+        paths.push_back(path + ending);
+    paths.push_back(copyPath(path));
+    return paths;
+}
+
+void remove(const Paths &paths) {
+    for (const std::string &path : paths)
+        removeIfThere(path);
 }
 
 // Pages that were filled once and freed stay with the file for the records to come.
@@ -55,20 +62,19 @@ void fill(const std::string &path, const FileDefinition &definition) {
     database.execute("COMMIT; PRAGMA synchronous = FULL; PRAGMA journal_mode = WAL");
 }
 
-// Opening and closing brings the log into the file. False where opening takes the owner's name.
-bool bringLogIn(const std::string &path) {
+// Opening and closing brings the log into the file; or does not, where opening takes the owner's name, the
+// disk is full or the file may not be written.
+void tryToBringLogIn(const std::string &path) {
     try {
         Database database(path, SQLITE_OPEN_READWRITE);
         checkFormat(database);
-        return true;
     } catch (const StatusError &error) {
         if (error.status != VANTREL_STATUS_INVALID_OWNER)
             throw;
-        return false;
     }
 }
 
-// A log is found by the name of its file.
+// A log that is still there is found by the name of its file.
 void copyLog(const std::string &from, const std::string &to) {
     std::error_code error;
     bool isCopied = std::filesystem::copy_file(from + "-wal", to + "-wal", error);
@@ -104,7 +110,7 @@ void removeLeftCopy(const std::string &path) {
 }
 
 void requireStorage(const std::string &path) {
-    bringLogIn(path);
+    tryToBringLogIn(path);
 }
 
 void replaceByCopy(const std::string &path) {
@@ -114,17 +120,18 @@ void replaceByCopy(const std::string &path) {
     moveOnto(copy, path);
 }
 
-// The file is made under another name, so that the path never holds a half-made one.
+// The file is made under another name, so that the path never holds a half-made one. Here and below, all that
+// takes memory is done before the names change, so that nothing has happened where there is none.
 void createStorage(const std::string &path, const FileDefinition &definition) {
-    std::string madePath = newFilePath(path);
+    std::string madePath = newFilePath(path), directory = directoryWith(path);
     if (access(path.c_str(), F_OK) == 0)
         requireSettled(path);
     removeIfThere(madePath);
     try {
         fill(madePath, definition);
-        removeSideFiles(madePath);
+        remove(sideFilesOf(madePath));
         Descriptor(madePath, O_RDWR).sync();
-        removeSideFiles(path);
+        remove(sideFilesOf(path));
         moveOnto(madePath, path);
     } catch (...) {
         unlink(madePath.c_str());
@@ -132,25 +139,30 @@ void createStorage(const std::string &path, const FileDefinition &definition) {
         unlink((madePath + "-shm").c_str());
         throw;
     }
-    syncDirectory(directoryWith(path));
+    syncDirectory(directory);
 }
 
+// The log of an encrypted file may hold changes that the file lacks, and stays as long as that.
 void removeStorage(const std::string &path) {
     requireSettled(path);
-    removeSideFiles(path);
+    Paths sideFiles = sideFilesOf(path);
+    std::string directory = directoryWith(path);
     removeIfThere(path);
-    syncDirectory(directoryWith(path));
+    remove(sideFiles);
+    syncDirectory(directory);
 }
 
 void moveStorage(const std::string &from, const std::string &to) {
     requireSettled(from);
-    removeSideFiles(to);
-    if (!bringLogIn(from))
-        copyLog(from, to);
+    remove(sideFilesOf(to));
+    Paths sideFiles = sideFilesOf(from);
+    std::string oldDirectory = directoryWith(from), newDirectory = directoryWith(to);
+    tryToBringLogIn(from);
+    copyLog(from, to);
     moveOnto(from, to);
-    removeSideFiles(from);
-    syncDirectory(directoryWith(from));
-    syncDirectory(directoryWith(to));
+    remove(sideFiles);
+    syncDirectory(oldDirectory);
+    syncDirectory(newDirectory);
 }
 
 }  // namespace vantrel::embedded

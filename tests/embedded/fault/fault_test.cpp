@@ -12,8 +12,8 @@ namespace {
 
 using namespace vantrel::test;
 
-// With VANTREL_FAULTS=all every event fails once, with VANTREL_FAULTS=AllocationFails:25 a single one; otherwise
-// so many of each kind, spread evenly.
+// With VANTREL_FAULTS=all every event fails once, with VANTREL_FAULTS=AllocationFails:25 a single one;
+// otherwise so many of each kind, spread evenly.
 std::string_view wantedFaults() {
     const char *wanted = getenv("VANTREL_FAULTS");
     return wanted == nullptr ? "" : wanted;
@@ -28,6 +28,7 @@ uint64_t triedOf(FaultKind kind) {
         return Injection::never;
     switch (kind) {
         case FaultKind::callFails:
+        case FaultKind::diskIsFull:
             return 4;
         case FaultKind::allocationFails:
             return 6;
@@ -59,6 +60,15 @@ std::string nameOfScenario(const testing::TestParamInfo<Scenario> &info) {
     return info.param.name;
 }
 
+// Of the whole run.
+class Total : public testing::Environment {
+  public:
+    size_t faults = 0, images = 0;
+
+    void TearDown() override { printf("%zu faults injected, %zu images of the disk\n", faults, images); }
+};
+auto *const total = static_cast<Total *>(testing::AddGlobalTestEnvironment(new Total));
+
 class FaultTest : public testing::TestWithParam<Scenario> {};
 
 TEST_P(FaultTest, AllOrNoneAndWorkGoesOn) {
@@ -80,6 +90,7 @@ TEST_P(FaultTest, AllOrNoneAndWorkGoesOn) {
             if (!problems.empty() && ++shown <= mostShown)
                 wrong += std::string(nameOf(kind)) + ' ' + std::to_string(event) + ": " + problems + '\n';
         }
+        total->faults += events.size();
         printf("%s: %zu of %llu injected, %d wrong\n", nameOf(kind), events.size(),
                static_cast<unsigned long long>(count), failed);
     }
@@ -95,6 +106,7 @@ TEST(FirstCallTest, WithoutMemory) {
     ASSERT_GT(run.count(FaultKind::allocationFails), early);
     for (uint64_t event = 1; event <= early; ++event)
         EXPECT_EQ(run.check(FaultKind::allocationFails, event), "") << event;
+    total->faults += early;
 }
 
 // Synced bytes and names survive, of the others some.
@@ -108,6 +120,7 @@ TEST_P(FaultTest, PowerLossLeavesWhatIsDurable) {
     if (HasFailure())
         return;
     std::string wrong = run.checkPowerLoss(triesAll() ? 1 : 5);
+    total->images += run.images();
     printf("%zu images of the disk\n", run.images());
     EXPECT_TRUE(run.images() > 2 && wrong.empty()) << wrong;
 }

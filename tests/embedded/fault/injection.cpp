@@ -1,6 +1,7 @@
 #include "embedded/fault/injection.h"
 
 #include <openssl/evp.h>
+#include <unistd.h>
 
 #include "embedded/operation/engine_session.h"
 
@@ -16,6 +17,7 @@ bool concernsAllocations(FaultKind kind) {
 
 bool concerns(FaultKind kind, const SystemCall &call) {
     bool isWrite = call.name == "write";
+    bool isNewFile = call.name == "open" && access(call.path.c_str(), F_OK) != 0;
     switch (kind) {
         case FaultKind::allocationFails:
         case FaultKind::memoryIsUsedUp:
@@ -23,7 +25,7 @@ bool concerns(FaultKind kind, const SystemCall &call) {
         case FaultKind::writeTears:
             return isWrite;
         case FaultKind::diskIsFull:
-            return isWrite || call.name == "open";
+            return isWrite || isNewFile;
         default:
             return true;
     }

@@ -52,6 +52,11 @@ bool mayLeave(FaultKind kind) {
     return kind == FaultKind::callFails || kind == FaultKind::diskFails || kind == FaultKind::writeTears;
 }
 
+bool mayHaveHappenedIn(const Step &step, FaultKind kind) {
+    bool isMemory = kind == FaultKind::allocationFails || kind == FaultKind::memoryIsUsedUp;
+    return isMemory ? step.mayHaveHappenedWithoutMemory : step.mayHaveHappened;
+}
+
 std::vector<std::string> splitAt(const std::string &text, char separator) {
     std::vector<std::string> parts;
     for (size_t start = 0, end; start <= text.size(); start = end + 1) {
@@ -114,7 +119,7 @@ class ScenarioRun::Worker {
             scenario_.begin(world);
             workUntilFailure(world, kind, number);
             teller_.askForCopy();
-            checkState();
+            checkState(kind);
             if (step_ < scenario_.work.size())
                 goOn(world);
             problems_ += difference("seen at last", contentsOf(directory_, normal), run_.seen_.back());
@@ -164,9 +169,10 @@ class ScenarioRun::Worker {
         }
     }
 
-    void checkState() {
+    void checkState(FaultKind kind) {
         std::string seen = contentsOf(directory_, normal);
-        bool mayHaveHappened = step_ < scenario_.work.size() && scenario_.work[step_].mayHaveHappened;
+        bool mayHaveHappened =
+            step_ < scenario_.work.size() && mayHaveHappenedIn(scenario_.work[step_], kind);
         if (seen != run_.seen_[step_] && mayHaveHappened)
             hasHappened_ = seen == run_.seen_[step_ + 1];
         if (!hasHappened_)
@@ -292,7 +298,7 @@ std::string ScenarioRun::check(FaultKind kind, uint64_t number) {
     }
     // What cannot be taken back while the disk fails on and on may come back.
     mayHaveHappened |= kind == FaultKind::diskFails ||
-                       (step < scenario_.work.size() && scenario_.work[step].mayHaveHappened);
+                       (step < scenario_.work.size() && mayHaveHappenedIn(scenario_.work[step], kind));
     return problems + checkAfterDeath(findCopy(), step, mayHaveHappened);
 }
 

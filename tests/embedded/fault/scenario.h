@@ -53,6 +53,8 @@ struct Step {
     int32_t expected = 0;
     // What it does may have happened whole although it failed: it changes names or replaces a file.
     bool mayHaveHappened = false;
+    // Even where only memory ran out: a replaced file has to be opened again.
+    bool mayHaveHappenedWithoutMemory = false;
     // It survives power loss once it has returned.
     bool isDurable = false;
 };
@@ -81,6 +83,7 @@ const std::vector<Scenario> &scenarios();
 // By families.
 std::vector<Scenario> fileScenarios();
 std::vector<Scenario> sessionScenarios();
+std::vector<Scenario> logScenarios();
 std::vector<Scenario> structureScenarios();
 std::vector<Scenario> recordScenarios();
 std::vector<Scenario> readScenarios();

@@ -6,8 +6,11 @@ namespace vantrel::test {
 
 namespace {
 
-Step durably(std::function<int32_t(World &)> run, bool mayHaveHappened = false) {
-    return {.run = std::move(run), .mayHaveHappened = mayHaveHappened, .isDurable = true};
+Step durably(std::function<int32_t(World &)> run, bool rewrites = false) {
+    return {.run = std::move(run),
+            .mayHaveHappened = rewrites,
+            .mayHaveHappenedWithoutMemory = rewrites,
+            .isDurable = true};
 }
 
 Step setOwner(int32_t mode) {
