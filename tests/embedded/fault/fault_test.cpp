@@ -113,7 +113,7 @@ TEST(FirstCallTest, WithoutMemory) {
 TEST_P(FaultTest, PowerLossLeavesWhatIsDurable) {
     bool isDurable = std::any_of(GetParam().work.begin(), GetParam().work.end(),
                                  [](const Step &step) { return step.isDurable; });
-    if (!isDurable || GetParam().isInBackground)
+    if (!isDurable)
         return;
     warmUpCiphers();
     ScenarioRun run(GetParam());

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <mutex>
 #include <sstream>
 
 #include "embedded/commit/child_process.h"
@@ -32,21 +33,27 @@ std::string ScenarioRun::workWithImages(const std::string &target, size_t stride
             told << bounds.durable << ' ' << bounds.acknowledged << ' ';
         }
     };
-    World world(files_.path());
-    SystemCallWatch watch(files_.path(), [&](const SystemCall &call) {
+    std::mutex mutex;
+    auto watchCall = [&](const SystemCall &call) {
+        std::lock_guard lock(mutex);
         if (!scenario_.isUnsafeUntilEnd && bounds.acknowledged < scenario_.work.size() &&
             calls++ % stride == 0)
             keep();
         image.note(call);
         return Fate::happens;
-    });
+    };
+    World world(files_.path());
+    SystemCallWatch watch(files_.path(), watchCall),
+        background(files_.path(), watchCall, SystemCallWatch::Threads::others);
     scenario_.begin(world);
     for (const Step &step : scenario_.work) {
         EXPECT_EQ(step.run(world), step.expected);
+        std::lock_guard lock(mutex);
         ++bounds.acknowledged;
         if (step.isDurable)
             bounds.durable = bounds.acknowledged;
     }
+    std::lock_guard lock(mutex);
     keep();
     return told.str();
 }

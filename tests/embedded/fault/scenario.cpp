@@ -67,8 +67,8 @@ void openAndFind(World &world) {
 const std::vector<Scenario> &scenarios() {
     static const std::vector<Scenario> all = [] {
         std::vector<Scenario> joined;
-        for (auto family : {fileScenarios, sessionScenarios, structureScenarios, recordScenarios,
-                            readScenarios, transactionScenarios}) {
+        for (auto family : {fileScenarios, sessionScenarios, logScenarios, structureScenarios,
+                            recordScenarios, readScenarios, transactionScenarios}) {
             for (Scenario &scenario : family())
                 joined.push_back(std::move(scenario));
         }

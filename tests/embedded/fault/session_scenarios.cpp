@@ -1,6 +1,7 @@
 #include <chrono>
 #include <thread>
 
+#include "embedded/fault/early_checkpoints.h"
 #include "embedded/fault/scenario.h"
 
 // What concerns the session, and what its housekeeping does in the background.
@@ -23,6 +24,23 @@ Step continuousOperation(int32_t keyNumber) {
 
 const Step insert = {.run = [](World &world) { return world.insert("zz1r"); }};
 
+// Of several pages.
+Step insertLong(const std::string &key) {
+    return {.run = [=](World &world) { return world.insert(key + "1r" + std::string(20000, 'l')); }};
+}
+
+const Step close = {.run = [](World &world) { return world.call(1).status; }, .isDurable = true};
+
+void openCheckpointingEarly(World &world) {
+    checkpointEarly();
+    openIt(world);
+}
+
+void prepareEncryptedVariableFile(World &world) {
+    prepareVariableFile(world);
+    ASSERT_EQ(world.call(29, ownerName, ownerName, 2).status, 0);
+}
+
 // Until the background has synced what was changed.
 const Step wait = {.run =
                        [](World &) {
@@ -32,6 +50,29 @@ const Step wait = {.run =
                    .isDurable = true};
 
 }  // namespace
+
+std::vector<Scenario> logScenarios() {
+    return {
+        {.name = "Checkpoint",
+         .prepare = prepareVariableFile,
+         .begin = openCheckpointingEarly,
+         .work = {insertLong("zz"), insertLong("zy"), insertLong("zx"), close}},
+        {.name = "CheckpointEncrypted",
+         .prepare = prepareEncryptedVariableFile,
+         .begin = openCheckpointingEarly,
+         .work = {insertLong("zz"), insertLong("zy"), close}},
+        {.name = "BackgroundSync",
+         .prepare = prepareFile,
+         .begin = openIt,
+         .work = {insert, wait},
+         .isInBackground = true},
+        {.name = "BackgroundSyncAfterCheckpoint",
+         .prepare = prepareVariableFile,
+         .begin = openCheckpointingEarly,
+         .work = {insertLong("zz"), insertLong("zy"), wait},
+         .isInBackground = true},
+    };
+}
 
 std::vector<Scenario> sessionScenarios() {
     return {
@@ -60,11 +101,6 @@ std::vector<Scenario> sessionScenarios() {
                   continuousOperation(0),
                   {.run = [](World &world) { return world.insert("yy1r"); }},
                   continuousOperation(1)}},
-        {.name = "BackgroundSync",
-         .prepare = prepareFile,
-         .begin = openIt,
-         .work = {insert, wait},
-         .isInBackground = true},
     };
 }
 
