@@ -207,7 +207,7 @@ const SqlDamage damages[] = {
     {"counted", "DELETE FROM bucket", "2 0"},
     {"counted", "DROP TABLE bucket", "2 0"},
     {"owner", "UPDATE owner SET verifier = x''", "2 2"},
-    {"owner", "UPDATE owner SET verifier = randomblob(65)", "2 2"},
+    {"owner", "UPDATE owner SET verifier = zeroblob(65)", "2 2"},
     {"owner", "DELETE FROM owner", "2 2"},
     {"owner", "UPDATE owner SET readable = 'yes'", "0 0"},
 };
