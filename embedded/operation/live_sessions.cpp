@@ -31,10 +31,10 @@ LiveSessions *live = new LiveSessions;
 std::atomic<LiveSessions *> inherited{nullptr};
 
 // A session that pauses in a wait stands still as long as waits are held up.
-void syncWhileWaiting(Session &session) {
+void housekeepInWait(Session &session) {
     holdUpLockWaits();
     if (isPausing(session.lockUser))
-        session.sync();
+        session.housekeepInWait();
     letLockWaitsGoOn();
 }
 
@@ -42,7 +42,7 @@ bool housekeepOnce(Session &session) {
     std::unique_lock lock(session.mutex, std::try_to_lock);
     if (!lock.owns_lock()) {
         session.housekeepingIsDue = true;
-        syncWhileWaiting(session);
+        housekeepInWait(session);
         return true;
     }
     session.housekeep();

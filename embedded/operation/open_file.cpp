@@ -159,18 +159,19 @@ void OpenFile::encrypt(const NewOwner *owner) {
     syncDirectoryOf(path_);
 }
 
-void OpenFile::sync() {
+// No snapshot is held for long, since it keeps the log from being emptied.
+void OpenFile::housekeepInWait() {
+    if (!storage_->isWriting())
+        storage_->releaseSnapshot();
     if (storage_->hasUnsyncedCommits())
         storage_->sync();
 }
 
-// No snapshot is held for long, since it keeps the log from being emptied.
 void OpenFile::housekeep() {
-    sync();
+    housekeepInWait();
     if (storage_->isWriting())
         return;
     storage_->settle();
-    storage_->releaseSnapshot();
     storage_->checkpointIfIdle();
 }
 

@@ -59,8 +59,9 @@ class OpenFile {
     bool isLost() const { return storage_ == nullptr; }
 
     // Called regularly between calls.
-    void sync();
     void housekeep();
+    // While the session waits in a call that reads nothing here: what others may be waiting for.
+    void housekeepInWait();
     // In a forked child: at once for what would act on the parent, later for the rest.
     void closeLocksInChild() { lockFile_.closeInChild(); }
     void abandon() { storage_->abandon(); }

@@ -245,8 +245,8 @@ void Session::forEachFile(void (OpenFile::*work)()) noexcept {
     }
 }
 
-void Session::sync() noexcept {
-    forEachFile(&OpenFile::sync);
+void Session::housekeepInWait() noexcept {
+    forEachFile(&OpenFile::housekeepInWait);
 }
 
 void Session::housekeep() noexcept {

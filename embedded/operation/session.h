@@ -79,9 +79,9 @@ class Session {
     // Whether the session is as good as a new one.
     bool holdsNothing() const;
 
-    // Makes single changes survive power loss.
-    void sync() noexcept;
     void housekeep() noexcept;
+    // The part of it that a wait of the session for a lock does not keep from being done.
+    void housekeepInWait() noexcept;
     const std::map<std::string, std::unique_ptr<OpenFile>> &files() const { return files_; }
     // The files are no longer this process's.
     void abandon();

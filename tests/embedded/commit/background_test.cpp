@@ -77,6 +77,30 @@ TEST_F(BackgroundTest, AlsoWhileTheSessionWaitsForALock) {
     waiting.join();
 }
 
+// What a session has read must not keep the log from being emptied as long as it waits for something else.
+TEST_F(BackgroundTest, AWaitHoldsNoContinuousOperationUp) {
+    constexpr uint32_t continuousOperation = 42, getFirst = 12;
+    constexpr int32_t begin = 0;
+    ThreeFiles holder(directory, 1), waiter(directory, 2);
+    ASSERT_EQ(holder.open(), 0);
+    ASSERT_EQ(waiter.open(), 0);
+    ASSERT_EQ(holder.begin(), 0);
+    ASSERT_EQ(insert(holder, "e1"), 0);
+    ASSERT_EQ(waiter.session.call(2, &waiter.blocks[1], "e1", "", -1).status, 0);
+    ASSERT_EQ(waiter.session.call(getFirst, &waiter.blocks[1], "", "?", 0, 2).status, 0);
+    std::atomic<bool> isOver = false;
+    std::thread waiting([&] {
+        EXPECT_EQ(insert(waiter, "f1"), 0);
+        isOver = true;
+    });
+    EngineSession other(3);
+    std::string second = ThreeFiles::path(directory, 1) + '\0';
+    EXPECT_EQ(other.call(continuousOperation, nullptr, second, "", begin).status, 0);
+    EXPECT_FALSE(isOver);
+    EXPECT_EQ(holder.end(), 0);
+    waiting.join();
+}
+
 TEST_F(BackgroundTest, ALongLogIsBroughtIntoTheFileWhenNobodyWrites) {
     constexpr uintmax_t megabyte = 1 << 20;
     ThreeFiles files(directory, 1);
