@@ -148,7 +148,7 @@ void Session::dropLostFile(OpenFile &file) {
         if (position != nullptr && position->file == &file)
             position.reset();
     }
-    files_.erase(std::string(file.path()));
+    files_.erase(files_.find(file.path()));
 }
 
 void Session::touch(OpenFile &file) {

@@ -12,7 +12,7 @@ namespace vantrel::test {
 
 namespace {
 
-constexpr unsigned patienceSeconds = 12;
+const unsigned patienceSeconds = rounds(12u, 60u);
 constexpr char acknowledgement = '.', copyRequest = 'c', reportFollows = 'r', happened = 'h';
 
 }  // namespace

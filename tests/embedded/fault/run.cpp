@@ -85,7 +85,9 @@ std::string findings(const std::string &directory) {
 class ScenarioRun::Worker {
   public:
     Worker(const ScenarioRun &run, PausedProcess::Teller &teller)
-        : run_(run), scenario_(run.scenario_), directory_(run.files_.path()), teller_(teller) {}
+        : run_(run), scenario_(run.scenario_), directory_(run.files_.path()), teller_(teller) {
+        warmUpCiphers();
+    }
 
     // Notes after each step what another session sees.
     std::string reference() {

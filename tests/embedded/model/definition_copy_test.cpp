@@ -7,6 +7,7 @@
 #include "fuzz/information_getters.h"
 #include "library.h"
 #include "random_source.h"
+#include "tests/embedded/emulation.h"
 
 // Files of many definitions, each copied by creating another one from its statistics: whatever can be asked
 // of the two is equal but the counts, and these are too once both hold the same records.
@@ -299,7 +300,7 @@ constexpr int partCount = 4;
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int definitionCount = 80;
 #else
-constexpr int definitionCount = 400;
+const int definitionCount = rounds(400, 24);
 #endif
 
 TEST_P(DefinitionCopyTest, ACopyIsEqualButForTheCounts) {

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "participant.h"
+#include "tests/embedded/emulation.h"
 
 // Several processes on one file. Transaction modes: 0 exclusive, 1 concurrent, 2 concurrent without waiting;
 // lock modes: 1 and 3 wait, 2 and 4 do not.
@@ -74,11 +75,12 @@ TEST_F(EngineProcesses, ATransactionIsNeverSeenByHalf) {
     EXPECT_EQ(writer->ask("update 1 0"), "0");
     EXPECT_EQ(writer->ask("read 2 0"), "20");
     EXPECT_EQ(writer->ask("update 2 0"), "0");
-    writer->tell("count 300");
-    reader->tell("watch 3000");
+    const std::string transactions = rounds("300", "30");
+    writer->tell("count " + transactions);
+    reader->tell(rounds("watch 3000", "watch 300"));
     EXPECT_EQ(reader->answer(), "0");
     EXPECT_EQ(writer->answer(), "0");
-    EXPECT_EQ(reader->ask("contents"), "1:300 2:300 3:30");
+    EXPECT_EQ(reader->ask("contents"), "1:" + transactions + " 2:" + transactions + " 3:30");
 }
 
 TEST_F(EngineProcesses, ADeathInsideATransactionLeavesNothing) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <random>
 
+#include "embedded/emulation.h"
 #include "embedded/operation/owner_fixture.h"
 #include "fuzz/file_images.h"
 #include "fuzz/file_trial.h"
@@ -14,6 +15,8 @@ namespace {
 using namespace vantrel::test;
 using vantrel::fuzz::FileImage;
 using vantrel::fuzz::Trial;
+
+const size_t cutEvery = rounds<size_t>(512, 16384);
 
 // More of everything where somebody has the time.
 uint32_t patience() {
@@ -86,7 +89,7 @@ TEST_F(HostileContentTest, UndamagedFilesAreWhole) {
 TEST_F(HostileContentTest, FilesCutAnywhere) {
     for (const char *kind : {"plain", "log"}) {
         const FileImage &whole = images->named(kind);
-        for (size_t length = 0; length < whole.file.size(); length += 512) {
+        for (size_t length = 0; length < whole.file.size(); length += cutEvery) {
             FileImage image = whole;
             image.file.resize(length);
             Trial trial = tryImage(image, 0, kind + std::to_string(length));
@@ -98,7 +101,7 @@ TEST_F(HostileContentTest, FilesCutAnywhere) {
 
 TEST_F(HostileContentTest, LogsCutAnywhereLoseNoMoreThanTheirEnd) {
     const FileImage &whole = images->named("log");
-    for (size_t length = 0; length < whole.log.size(); length += 512) {
+    for (size_t length = 0; length < whole.log.size(); length += cutEvery) {
         FileImage image = whole;
         image.log.resize(length);
         Trial trial = tryImage(image, 0, std::to_string(length));
@@ -112,7 +115,7 @@ TEST_F(HostileContentTest, RandomBitsTurnedAround) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     uint32_t damaged = 0;
-    for (uint32_t variant = 0; variant < 500 * patience(); ++variant) {
+    for (uint32_t variant = 0; variant < rounds(500u, 40u) * patience(); ++variant) {
         // A name is compared slowly.
         const FileImage *chosen = &images->all[random() % images->all.size()];
         if ((chosen->name == "encrypted" || chosen->name == "owner") && variant % 8 != 0)

@@ -1,5 +1,6 @@
 #include <sqlite3.h>
 
+#include "embedded/emulation.h"
 #include "embedded/operation/percentage_fixture.h"
 
 namespace {
@@ -51,7 +52,7 @@ TEST_F(PercentageChangeTest, RandomChangesKeepEveryRank) {
     askForAll();
     for (uint32_t round = 0; round < 8; ++round) {
         ASSERT_EQ(session.call(1019, nullptr).status, 0);
-        for (int step = 0; step < 250; ++step)
+        for (int step = 0; step < rounds(250, 60); ++step)
             ASSERT_NO_FATAL_FAILURE(change(session, block, round % 4 < 2 ? 9 : 2));
         ASSERT_NO_FATAL_FAILURE(expectTrueRanks(session, block));
         ASSERT_EQ(session.call(round % 3 == 2 ? 21 : 20, nullptr).status, 0);
