@@ -2,6 +2,7 @@
 #include <sys/resource.h>
 
 #include <atomic>
+#include <chrono>
 #include <random>
 
 #include "embedded/emulation.h"
@@ -33,6 +34,7 @@ extern "C" __attribute__((visibility("default"))) int sqlite3_open_v2(const char
 namespace {
 
 using namespace vantrel::test;
+using namespace std::chrono_literals;
 
 // Fills, updates and deletes so that pages, log and long records all hold the texts.
 void work(EngineSession &session, EngineSession::PositionBlock &block, const std::string &recordOf0) {
@@ -175,6 +177,18 @@ TEST_F(EncryptionTest, AnEncryptedFileBehavesLikeAPlainOne) {
     }
 }
 
+// Sets the owner of a plain file, or clears that of an encrypted one, and tells so.
+[[noreturn]] void changeOwnerAndStay(const std::string &path, bool isPlain, int output) {
+    EngineSession mine{3};
+    EngineSession::PositionBlock at{};
+    if (openWith(mine, &at, path, "harbour") != 0 ||
+        (isPlain ? setOwner(mine, &at, deniedEncrypted, "harbour") : clearOwner(mine, &at)) != 0 ||
+        write(output, "", 1) != 1)
+        _exit(1);
+    for (;;)
+        pause();
+}
+
 TEST_F(EncryptionTest, AKilledSetOrClearLeavesTheFileWhole) {
     ASSERT_EQ(createPlain(path), 0);
     ASSERT_EQ(session.open(&block, path), 0);
@@ -187,39 +201,32 @@ TEST_F(EncryptionTest, AKilledSetOrClearLeavesTheFileWhole) {
     constexpr unsigned seed = 77;
     std::mt19937 random(seed);
     int plain = 0, encrypted = 0;
+    bool isPlain = true;
+    useconds_t changeTakes = 1;
     for (int round = 0; round < rounds(60, 4) && !HasFailure(); ++round) {
-        // The child tells of each change, so that it has its time however busy the machine is.
-        int changes[2];
-        ASSERT_EQ(pipe(changes), 0);
+        int changed[2];
+        ASSERT_EQ(pipe(changed), 0);
+        auto start = std::chrono::steady_clock::now();
         pid_t child = forkWhileQuiet();
         ASSERT_GE(child, 0);
-        if (child == 0) {
-            ::close(changes[0]);
-            EngineSession mine{3};
-            EngineSession::PositionBlock at{};
-            if (openWith(mine, &at, path, "harbour") != 0)
-                _exit(1);
-            for (bool sets = false;; sets = !sets) {
-                if (sets)
-                    setOwner(mine, &at, deniedEncrypted, "harbour");
-                else
-                    clearOwner(mine, &at);
-                if (write(changes[1], "", 1) != 1)
-                    _exit(1);
-            }
+        if (child == 0)
+            changeOwnerAndStay(path, isPlain, changed[1]);
+        ::close(changed[1]);
+        // Each third child ends its change, which tells how long that takes on a machine as busy as it is.
+        if (round % 3 == 0) {
+            char mark;
+            ASSERT_EQ(read(changed[0], &mark, 1), 1);
+            changeTakes = static_cast<useconds_t>((std::chrono::steady_clock::now() - start) / 1us);
+        } else {
+            usleep(static_cast<useconds_t>(random() % changeTakes));
         }
-        ::close(changes[1]);
-        char change;
-        for (auto left = random() % 4; left > 0; --left)
-            ASSERT_EQ(read(changes[0], &change, 1), 1);
-        usleep(static_cast<useconds_t>(random() % 100000));
         ASSERT_EQ(kill(child, SIGKILL), 0);
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
         ASSERT_TRUE(WIFSIGNALED(status));
-        ::close(changes[0]);
+        ::close(changed[0]);
 
-        bool isPlain = session.open(&block, path, -3) == 0;
+        isPlain = session.open(&block, path, -3) == 0;
         ++(isPlain ? plain : encrypted);
         if (!isPlain) {
             ASSERT_EQ(openWith(session, &block, path, "harbour", -3), 0)
