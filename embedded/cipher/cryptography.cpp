@@ -1,5 +1,6 @@
 #include "embedded/cipher/cryptography.h"
 
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 #include <openssl/rand.h>
@@ -34,6 +35,14 @@ void check(bool isDone) {
         throw std::bad_alloc();
 }
 
+// Of the failures that the library has noted.
+bool memoryRanOut() {
+    bool isFound = false;
+    while (unsigned long error = ERR_get_error())
+        isFound |= ERR_GET_REASON(error) == ERR_R_MALLOC_FAILURE;
+    return isFound;
+}
+
 int lengthOf(ByteView bytes) {
     require(bytes.size() <= INT_MAX, VANTREL_STATUS_DATA_LENGTH_ERROR);
     return static_cast<int>(bytes.size());
@@ -49,8 +58,11 @@ Context makeContext(KeyBytes key, const uint8_t *nonce, bool encrypts) {
 }  // namespace
 
 void fillRandom(std::span<uint8_t> bytes) {
-    require(RAND_priv_bytes(bytes.data(), static_cast<int>(bytes.size())) == 1,
-            VANTREL_STATUS_INPUT_OUTPUT_ERROR);
+    ERR_clear_error();
+    if (RAND_priv_bytes(bytes.data(), static_cast<int>(bytes.size())) == 1)
+        return;
+    check(!memoryRanOut());
+    throw StatusError{VANTREL_STATUS_INPUT_OUTPUT_ERROR};
 }
 
 Key deriveKey(ByteView name, ByteView salt, uint8_t cost) {

@@ -25,11 +25,11 @@ void SqliteStorage::begin(Waiting waiting, TransactionPart part) {
         loadState();
         if (part == TransactionPart::further)
             recorder_.emplace(database_);
+        committedState_ = state_;
     } catch (...) {
         rollback();
         throw;
     }
-    committedState_ = state_;
     changesBefore_ = sqlite3_total_changes64(database_.get());
 }
 

@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 
 #include <atomic>
+#include <chrono>
 #include <random>
 
 #include "embedded/emulation.h"
@@ -33,6 +34,7 @@ extern "C" __attribute__((visibility("default"))) int sqlite3_open_v2(const char
 namespace {
 
 using namespace vantrel::test;
+using namespace std::chrono_literals;
 
 // Fills, updates and deletes so that pages, log and long records all hold the texts.
 void work(EngineSession &session, EngineSession::PositionBlock &block, const std::string &recordOf0) {
