@@ -255,7 +255,7 @@ bool ChangeScope::tryLock(int64_t address) {
 
 void ChangeScope::commit() {
     if (!session_.insideTransaction())
-        storage_.commit(Durability::soon);
+        commitSoon(storage_);
     isDone_ = true;
 }
 

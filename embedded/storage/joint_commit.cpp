@@ -24,12 +24,12 @@ void takeBack(SqliteStorage &file) noexcept {
     }
 }
 
-// A commit whose sync failed may still stand in the log, whole, where a recovery would find it. Another one
-// takes its place.
+// A commit that failed in its last write or its sync may still stand in the log, whole, where a recovery
+// would find it. Another one takes its place.
 bool refuse(SqliteStorage &file, ByteView commit) noexcept {
     try {
         file.begin(Waiting::no, TransactionPart::first);
-        RedoTables(file.database()).setRefused(commit);
+        RedoTables(file.database()).setRefused(commit.empty() ? ByteView(RedoTables::newCommit()) : commit);
         file.commit(Durability::synced);
         return true;
     } catch (...) {
@@ -38,12 +38,11 @@ bool refuse(SqliteStorage &file, ByteView commit) noexcept {
     }
 }
 
-void commitAlone(SqliteStorage &file) {
-    Bytes commit = RedoTables::newCommit();
+void commitAlone(SqliteStorage &file, Durability durability) {
     try {
-        file.commit(Durability::synced);
+        file.commit(durability);
     } catch (...) {
-        refuse(file, commit);
+        refuse(file, {});
         throw;
     }
 }
@@ -149,6 +148,10 @@ void JointCommit::removePointers() noexcept {
     }
 }
 
+void commitSoon(Storage &storage) {
+    commitAlone(dynamic_cast<SqliteStorage &>(storage), Durability::soon);
+}
+
 void commitTogether(const std::vector<Storage *> &storages) {
     std::vector<SqliteStorage *> changed;
     for (Storage *storage : storages) {
@@ -157,7 +160,7 @@ void commitTogether(const std::vector<Storage *> &storages) {
             changed.push_back(file);
     }
     if (changed.size() == 1)
-        commitAlone(*changed.front());
+        commitAlone(*changed.front(), Durability::synced);
     else if (!changed.empty())
         JointCommit(changed).run();
 }

@@ -182,6 +182,10 @@ class Freeze {
 // Status 85 is thrown where a transaction holds the file.
 std::unique_ptr<Freeze> freezeStorage(const std::string &path);
 
+// Commits a change that is part of no transaction. One that fails does not come back after a crash where the
+// disk still takes a small commit in its place.
+void commitSoon(Storage &storage);
+
 // Commits the write transactions of several files durably, begun in this order as first and further ones: all
 // of them or, where a failure is thrown, none. What could not be brought into a file any more is there when
 // the file is read or written next, whoever does so. Transactions without a change stay open.
