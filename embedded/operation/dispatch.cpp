@@ -148,6 +148,7 @@ int32_t vantrelCoreExecute(Session *session, Request *request) {
     abandonInheritedSessions();
     std::lock_guard lock(session->mutex);
     int32_t status = execute(*session, *request);
+    session->noticeLostChanges();
     request->leavesNothing = session->holdsNothing();
     housekeepIfDue(*session);
     return status;

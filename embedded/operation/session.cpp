@@ -157,6 +157,11 @@ void Session::touch(OpenFile &file) {
         takeForChange(file);
 }
 
+void Session::noticeLostChanges() {
+    transactionIsDoomed |= std::any_of(takenFiles_.begin(), takenFiles_.end(),
+                                       [](OpenFile *file) { return file->storage().hasLostChanges(); });
+}
+
 void Session::commitTransaction() {
     bool isDoomed = transactionIsDoomed;
     if (!isDoomed) {
@@ -298,7 +303,7 @@ bool ChangeScope::tryLock(int64_t address) {
 
 void ChangeScope::commit() {
     if (!session_.insideTransaction())
-        storage_.commit(Durability::soon);
+        commitAlone(storage_, Durability::soon);
     isDone_ = true;
 }
 

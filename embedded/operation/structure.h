@@ -42,7 +42,7 @@ class StructuralChange {
     }
     StructuralChange(const StructuralChange &) = delete;
     StructuralChange &operator=(const StructuralChange &) = delete;
-    void commit() { commitAlone(storage_); }
+    void commit() { commitAlone(storage_, Durability::synced); }
 
   private:
     Storage &storage_;

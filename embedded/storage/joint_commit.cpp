@@ -24,12 +24,12 @@ void takeBack(SqliteStorage &file) noexcept {
     }
 }
 
-// A commit whose sync failed may still stand in the log, whole, where a recovery would find it. Another one
-// takes its place.
+// A commit that failed in its last write or its sync may still stand in the log, whole, where a recovery
+// would find it. Another one takes its place.
 bool refuse(SqliteStorage &file, ByteView commit) noexcept {
     try {
         file.begin(Waiting::no, TransactionPart::first);
-        RedoTables(file.database()).setRefused(commit);
+        RedoTables(file.database()).setRefused(commit.empty() ? ByteView(RedoTables::newCommit()) : commit);
         file.commit(Durability::synced);
         return true;
     } catch (...) {
@@ -108,6 +108,7 @@ void JointCommit::complete() noexcept {
 
 bool JointCommit::commitPart(SqliteStorage &file) noexcept {
     try {
+        file.requireTransaction();
         RedoTables(file.database()).setApplied(commit_);
         file.commit(Durability::soon);
         return true;
@@ -139,12 +140,11 @@ void JointCommit::removePointers() noexcept {
     }
 }
 
-void commitAlone(Storage &storage) {
-    Bytes commit = RedoTables::newCommit();
+void commitAlone(Storage &storage, Durability durability) {
     try {
-        storage.commit(Durability::synced);
+        storage.commit(durability);
     } catch (...) {
-        refuse(dynamic_cast<SqliteStorage &>(storage), commit);
+        refuse(dynamic_cast<SqliteStorage &>(storage), {});
         throw;
     }
 }
@@ -157,7 +157,7 @@ void commitTogether(const std::vector<Storage *> &storages) {
             changed.push_back(file);
     }
     if (changed.size() == 1)
-        commitAlone(*changed.front());
+        commitAlone(*changed.front(), Durability::synced);
     else if (!changed.empty())
         JointCommit(changed).run();
 }

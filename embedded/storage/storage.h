@@ -123,6 +123,9 @@ class Storage {
     virtual void commit(Durability durability) = 0;
     virtual void rollback() = 0;
     virtual bool isWriting() const = 0;
+    // A failure inside a write transaction, of a read too, can have taken it back already. All that is left
+    // to do then is to end it; changes and the commit are refused as input/output errors.
+    virtual bool hasLostChanges() const = 0;
 
     // Inside a write transaction.
     virtual FileState &state() = 0;
@@ -191,8 +194,9 @@ std::unique_ptr<Freeze> freezeStorage(const std::string &path);
 // the file is read or written next, whoever does so. Transactions without a change stay open.
 void commitTogether(const std::vector<Storage *> &storages);
 
-// The same of one file, also where only its tables' definitions have changed.
-void commitAlone(Storage &storage);
+// Commits the write transaction of one file. One that fails does not come back after a crash where the disk
+// still takes a small commit in its place.
+void commitAlone(Storage &storage, Durability durability);
 
 // Nobody has the files open that these make, replace, remove or rename.
 void createStorage(const std::string &path, const FileDefinition &definition);

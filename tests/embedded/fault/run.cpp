@@ -299,7 +299,7 @@ std::string ScenarioRun::check(FaultKind kind, uint64_t number) {
             problems = process.report() + checkAtLast(process.hasHappened());
     }
     // What cannot be taken back while the disk fails on and on may come back.
-    mayHaveHappened |= kind == FaultKind::diskFails ||
+    mayHaveHappened |= kind == FaultKind::diskFails || kind == FaultKind::diskIsFull ||
                        (step < scenario_.work.size() && mayHaveHappenedIn(scenario_.work[step], kind));
     return problems + checkAfterDeath(findCopy(), step, mayHaveHappened);
 }
