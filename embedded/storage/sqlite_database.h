@@ -67,8 +67,8 @@ class Database {
     Database() = default;
     // An encrypted database that the owner's name does not open is thrown as status 51.
     Database(const std::string &path, int flags, ByteView ownerName = {});
-    // For what the engine does by itself: an encrypted one opens where another connection has it open, or where
-    // anybody may read it.
+    // For what the engine does by itself: an encrypted one opens where another connection has it open, or
+    // where anybody may read it.
     enum HeldKey { withHeldKey };
     Database(const std::string &path, int flags, HeldKey);
     // Makes an encrypted one.
