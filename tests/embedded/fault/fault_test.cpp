@@ -129,7 +129,7 @@ TEST(EveryAllocationTest, BetweenRecordsThatAreInsertedTogether) {
 }
 
 TEST(EveryAllocationTest, WhileATransactionBegins) {
-    failEach(FaultKind::allocationFails, "SetReadableOwner");
+    failEach(FaultKind::allocationFails, "SetReadableOwner", 150);
 }
 
 // Bytes that stand in the log from before may end a commit that could not be written to its end.
