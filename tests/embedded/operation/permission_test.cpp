@@ -34,6 +34,7 @@ class PermissionTest : public testing::Test {
     ~PermissionTest() override { setRights(0777, 0666); }
 
     void setRights(mode_t ofDirectory, mode_t ofFile) {
+        EXPECT_EQ(chmod(directory.path().c_str(), 0777), 0);
         EXPECT_EQ(chmod(path.c_str(), ofFile), 0);
         EXPECT_EQ(chmod(directory.path().c_str(), ofDirectory), 0);
     }
