@@ -6,13 +6,14 @@
 
 #include <csignal>
 
+#include "embedded/emulation.h"
 #include "embedded/quiet_fork.h"
 
 namespace vantrel::test {
 
 namespace {
 
-const unsigned patienceSeconds = rounds(12u, 60u);
+const unsigned patienceSeconds = rounds(12u, 300u);
 constexpr char acknowledgement = '.', copyRequest = 'c', reportFollows = 'r', happened = 'h';
 
 }  // namespace

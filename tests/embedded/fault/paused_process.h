@@ -8,8 +8,8 @@
 
 namespace vantrel::test {
 
-// A process that works and reports, and then stays as it is, until this is destroyed. It must not take longer
-// than a minute.
+// A process that works and reports, and then stays as it is, until this is destroyed. One that takes many
+// times as long as usual is ended.
 class PausedProcess {
   public:
     // What the process tells while it works.

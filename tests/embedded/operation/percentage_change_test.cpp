@@ -52,7 +52,7 @@ TEST_F(PercentageChangeTest, RandomChangesKeepEveryRank) {
     askForAll();
     for (uint32_t round = 0; round < 8; ++round) {
         ASSERT_EQ(session.call(1019, nullptr).status, 0);
-        for (int step = 0; step < rounds(250, 60); ++step)
+        for (int step = 0; step < rounds(250, 25); ++step)
             ASSERT_NO_FATAL_FAILURE(change(session, block, round % 4 < 2 ? 9 : 2));
         ASSERT_NO_FATAL_FAILURE(expectTrueRanks(session, block));
         ASSERT_EQ(session.call(round % 3 == 2 ? 21 : 20, nullptr).status, 0);
