@@ -128,6 +128,7 @@ int32_t vantrelCoreExecute(Session *session, Request *request) {
     abandonInheritedSessions();
     std::lock_guard lock(session->mutex);
     int32_t status = executeGuarded(*session, *request);
+    session->noticeLostChanges();
     request->leavesNothing = session->holdsNothing();
     housekeepIfDue(*session);
     return status;

@@ -61,6 +61,9 @@ int32_t ExtendedInsert::insert(ByteView bytes) {
         if (auto duplicate = change.prepareInsert(record))
             return refuseDuplicate(position, *duplicate);
     } catch (const StatusError &error) {
+        // Any other failure is not the record's.
+        if (error.status != VANTREL_STATUS_AUTOINCREMENT_ERROR)
+            throw;
         return error.status;
     }
     scope.beginChanges();

@@ -136,6 +136,11 @@ void Session::touch(OpenFile &file) {
         takeForChange(file);
 }
 
+void Session::noticeLostChanges() {
+    transactionIsDoomed |= std::any_of(takenFiles_.begin(), takenFiles_.end(),
+                                       [](OpenFile *file) { return file->storage().hasLostChanges(); });
+}
+
 void Session::commitTransaction() {
     bool isDoomed = transactionIsDoomed;
     if (!isDoomed) {

@@ -68,6 +68,8 @@ class Session {
     }
     // Takes the write side of a file, for the transaction where there is one.
     void takeForChange(OpenFile &file);
+    // After a call: what a failure took away cannot be changed further.
+    void noticeLostChanges();
     // Called before a file is read: an exclusive transaction takes it for itself.
     void touch(OpenFile &file);
     // Ends the transaction with all its changes, or with none of them.

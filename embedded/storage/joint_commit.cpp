@@ -117,6 +117,7 @@ void JointCommit::complete() noexcept {
 
 bool JointCommit::commitPart(SqliteStorage &file) noexcept {
     try {
+        file.requireTransaction();
         RedoTables(file.database()).setApplied(commit_);
         file.commit(Durability::soon);
         return true;

@@ -5,9 +5,10 @@
 
 namespace vantrel::embedded {
 
-// What is counted from here on is as of one snapshot.
+// What is counted from here on is as of one snapshot. Counts of what a transaction changed are written first.
 void SqliteStorage::beginCounting(uint8_t order) {
     beginReading();
+    requireTransaction();
     if (!counts_.isBuilt(order) && !writing_ && sqlite3_db_readonly(database_.get(), "main") == 0) {
         buildCounts(order);
         beginReading();

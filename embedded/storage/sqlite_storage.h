@@ -39,6 +39,7 @@ class SqliteStorage final : public Storage {
     void commit(Durability durability) override;
     void rollback() override;
     bool isWriting() const override { return writing_; }
+    bool hasLostChanges() const override { return writing_ && sqlite3_get_autocommit(database_.get()) != 0; }
 
     FileState &state() override { return state_; }
     void insertRecord(const StoredRecord &record) override;
@@ -70,6 +71,8 @@ class SqliteStorage final : public Storage {
     const std::string &path() const { return path_; }
     Database &database() { return database_; }
     bool hasChanges() const { return sqlite3_total_changes64(database_.get()) != changesBefore_; }
+    // What is changed otherwise would be committed by itself.
+    void requireTransaction() const;
     // All that the write transaction changes is then in the tables.
     void writeState();
     // A file that was removed or replaced behind the engine's back is thrown as status 12, one whose log was
@@ -114,6 +117,7 @@ class SqliteStorage final : public Storage {
     bool tryBeginWriting();
     void endWriting();
     void resetScans();
+    void prepareToChange();
     void endTransaction(const char *how);
     void shareCache();
     IndexStatements &statementsOf(uint8_t index);

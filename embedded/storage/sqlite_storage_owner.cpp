@@ -44,12 +44,12 @@ Access SqliteStorage::authenticate(ByteView name) {
 }
 
 void SqliteStorage::setOwner(const NewOwner &owner) {
-    resetScans();
+    prepareToChange();
     saveOwner(database_, {owner.mode, NameVerifier::of(owner.name)});
 }
 
 void SqliteStorage::clearOwner() {
-    resetScans();
+    prepareToChange();
     dropOwner(database_);
 }
 

@@ -38,7 +38,17 @@ void SqliteStorage::takeWriteSide(Waiting waiting) {
     writing_ = true;
 }
 
+void SqliteStorage::requireTransaction() const {
+    require(!hasLostChanges(), VANTREL_STATUS_INPUT_OUTPUT_ERROR);
+}
+
+void SqliteStorage::prepareToChange() {
+    requireTransaction();
+    resetScans();
+}
+
 void SqliteStorage::writeState() {
+    requireTransaction();
     finishCounts();
     resetScans();
     if (state_ == committedState_)
@@ -107,7 +117,7 @@ void SqliteStorage::rollback() {
 }
 
 void SqliteStorage::insertRecord(const StoredRecord &record) {
-    resetScans();
+    prepareToChange();
     prepared(insertRecord_,
              "INSERT INTO record(address, created, updated, length, data) VALUES(?1, ?2, ?3, ?4, ?5)")
         .bind(1, record.address)
@@ -120,7 +130,7 @@ void SqliteStorage::insertRecord(const StoredRecord &record) {
 }
 
 void SqliteStorage::updateRecord(const StoredRecord &record) {
-    resetScans();
+    prepareToChange();
     prepared(updateRecord_, "UPDATE record SET updated = ?2, length = ?3, data = ?4 WHERE address = ?1")
         .bind(1, record.address)
         .bind(2, record.updateTime)
@@ -130,18 +140,18 @@ void SqliteStorage::updateRecord(const StoredRecord &record) {
 }
 
 void SqliteStorage::replaceInTail(int64_t address, uint64_t offset, uint64_t removed, ByteView inserted) {
-    resetScans();
+    prepareToChange();
     tail_.replace(address, offset, removed, inserted);
 }
 
 void SqliteStorage::deleteRecord(int64_t address) {
-    resetScans();
+    prepareToChange();
     prepared(deleteRecord_, "DELETE FROM record WHERE address = ?1").bind(1, address).run();
     counts_.deleted(physicalOrder, {}, address);
 }
 
 void SqliteStorage::insertEntry(uint8_t index, ByteView key, int64_t address) {
-    resetScans();
+    prepareToChange();
     prepared(statementsOf(index).insert, index, "INSERT INTO index_%u", "(key, address) VALUES(?1, ?2)")
         .bind(1, key)
         .bind(2, address)
@@ -150,7 +160,7 @@ void SqliteStorage::insertEntry(uint8_t index, ByteView key, int64_t address) {
 }
 
 void SqliteStorage::deleteEntry(uint8_t index, ByteView key, int64_t address) {
-    resetScans();
+    prepareToChange();
     prepared(statementsOf(index).erase, index, "DELETE FROM index_%u ", "WHERE key = ?1 AND address = ?2")
         .bind(1, key)
         .bind(2, address)
@@ -159,20 +169,20 @@ void SqliteStorage::deleteEntry(uint8_t index, ByteView key, int64_t address) {
 }
 
 void SqliteStorage::createIndexTable(uint8_t index) {
-    resetScans();
+    prepareToChange();
     indexes_.clear();
     createIndexTableIn(database_, index);
 }
 
 void SqliteStorage::dropIndexTable(uint8_t index) {
-    resetScans();
+    prepareToChange();
     indexes_.clear();
     counts_.drop(index);
     database_.execute("DROP TABLE " + indexTableName(index));
 }
 
 void SqliteStorage::writeDefinition(const FileDefinition &definition) {
-    resetScans();
+    prepareToChange();
     isRedefined_ = true;
     saveDefinition(database_, definition);
     reload();

@@ -121,6 +121,9 @@ class Storage {
     virtual void commit(Durability durability) = 0;
     virtual void rollback() = 0;
     virtual bool isWriting() const = 0;
+    // A failure inside a write transaction, of a read too, can have taken it back already. All that is left
+    // to do then is to end it; changes and the commit are refused as input/output errors.
+    virtual bool hasLostChanges() const = 0;
 
     // Inside a write transaction.
     virtual FileState &state() = 0;

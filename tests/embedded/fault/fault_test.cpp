@@ -97,16 +97,34 @@ TEST_P(FaultTest, AllOrNoneAndWorkGoesOn) {
     EXPECT_TRUE(wrong.empty()) << wrong;
 }
 
-// The libraries begin their work in the first call of a process, and try again in the next one.
-TEST(FirstCallTest, WithoutMemory) {
-    constexpr uint64_t early = 40;
+// Fails each of the first events of a kind in a scenario.
+void failEach(FaultKind kind, std::string_view name, uint64_t most = Injection::never) {
     warmUpCiphers();
-    ScenarioRun run(scenarios().front());
-    ASSERT_FALSE(HasFailure());
-    ASSERT_GT(run.count(FaultKind::allocationFails), early);
-    for (uint64_t event = 1; event <= early; ++event)
-        EXPECT_EQ(run.check(FaultKind::allocationFails, event), "") << event;
-    total->faults += early;
+    auto isMeant = [&](const Scenario &scenario) { return scenario.name == name; };
+    ScenarioRun run(*std::find_if(scenarios().begin(), scenarios().end(), isMeant));
+    ASSERT_FALSE(testing::Test::HasFailure());
+    uint64_t last = std::min(run.count(kind), most);
+    ASSERT_GT(last, 0u);
+    for (uint64_t event = 1; event <= last; ++event)
+        EXPECT_EQ(run.check(kind, event), "") << event;
+    total->faults += last;
+}
+
+TEST(EveryAllocationTest, OfTheLibrariesInTheFirstCall) {
+    failEach(FaultKind::allocationFails, "CreateFixed", 40);
+}
+
+TEST(EveryAllocationTest, BetweenRecordsThatAreInsertedTogether) {
+    failEach(FaultKind::allocationFails, "InsertExtended");
+}
+
+TEST(EveryAllocationTest, WhileATransactionBegins) {
+    failEach(FaultKind::allocationFails, "SetReadableOwner", 150);
+}
+
+// Bytes that stand in the log from before may end a commit that could not be written to its end.
+TEST(EveryCallTest, OfChangesThatOverwriteTheLog) {
+    failEach(FaultKind::callFails, "Checkpoint");
 }
 
 // Synced bytes and names survive, of the others some.
