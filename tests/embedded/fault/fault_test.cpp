@@ -71,9 +71,12 @@ std::string nameOfScenario(const testing::TestParamInfo<Scenario> &info) {
 // Of the whole run.
 class Total : public testing::Environment {
   public:
-    size_t faults = 0, images = 0;
+    uint64_t faults = 0, images = 0;
 
-    void TearDown() override { printf("%zu faults injected, %zu images of the disk\n", faults, images); }
+    void TearDown() override {
+        printf("%llu faults injected, %llu images of the disk\n", static_cast<unsigned long long>(faults),
+               static_cast<unsigned long long>(images));
+    }
 };
 auto *const total = static_cast<Total *>(testing::AddGlobalTestEnvironment(new Total));
 
