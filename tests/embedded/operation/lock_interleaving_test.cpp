@@ -242,7 +242,8 @@ TEST_F(LockInterleavingTest, SessionsDoWhatTheyMayInEveryOrder) {
 
 TEST_F(LockInterleavingTest, SessionsWaitAsLongAsTheyMustInEveryOrder) {
     interleaveEachWithEach(rounds<std::vector<std::string>>(
-        {"wuxK", "CwuE", "CwdA", "vyuK", "XrxE", "CiuE", "3i2d", "XiuA", "m1Kn"}, {"wuxK", "CwdA", "XrxE"}));
+        {"wuxK", "CwuE", "CwdA", "vyuK", "XrxE", "CiuE", "3i2d", "XiuA", "m1Kn"},
+        {"wuxK", "CwdA", "XrxE", "vyuK", "m1Kn"}));
     EXPECT_GT(waits, rounds<size_t>(500, 50));
     EXPECT_GT(deadlocks, 0u);
 }
@@ -250,7 +251,7 @@ TEST_F(LockInterleavingTest, SessionsWaitAsLongAsTheyMustInEveryOrder) {
 TEST_F(LockInterleavingTest, SessionsWaitInTwoFilesInEveryOrder) {
     interleaveEachWithEach(
         rounds<std::vector<std::string>>({"Cii'E", "Ci'iA", "ww'uK", "Xw'rE", "w'iuK"}, {"Cii'E", "Xw'rE"}));
-    EXPECT_GT(waits, rounds<size_t>(200, 50));
+    EXPECT_GT(waits, rounds<size_t>(200, 20));
     EXPECT_GT(deadlocks, rounds<size_t>(10, 1));
 }
 
