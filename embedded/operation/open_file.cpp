@@ -149,14 +149,14 @@ void OpenFile::encrypt(const NewOwner *owner) {
         throw;
     }
     // The old storage has emptied its log, and must be gone before the new one opens its own in the same
-    // place.
+    // place; on a disk that fails, SQLite would open that for reading only.
     storage_.reset();
+    syncDirectoryOf(path_);
     StorageOptions options;
     options.accelerated = allAccelerated();
     options.writeGate = &writeGate_;
     options.ownerName = owner == nullptr ? ByteView() : owner->name;
     storage_ = openStorage(path_, options);
-    syncDirectoryOf(path_);
 }
 
 // No snapshot is held for long, since it keeps the log from being emptied.

@@ -21,18 +21,12 @@ constexpr int smallestCacheKiB = 1024;
 // The connections of this process, which share the cache budget.
 std::atomic<int> connections{0};
 
-std::string logPath(const std::string &path) {
-    return path + "-wal";
-}
-
-std::string logIndexPath(const std::string &path) {
-    return path + "-shm";
-}
-
 }  // namespace
 
 SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &options)
     : path_(path),
+      logPath_(path + "-wal"),
+      logIndexPath_(path + "-shm"),
       writeGate_(options.writeGate),
       database_(path, options.readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE, options.ownerName) {
     sqlite3_busy_timeout(database_.get(), waitMilliseconds);
@@ -50,8 +44,8 @@ SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &opti
     rollback_ = database_.prepare("ROLLBACK");
     readGeneration_ = database_.prepare("SELECT generation FROM definition WHERE id = 1");
     reload();
-    log_ = identityAt(logPath(path_));
-    logIndex_ = identityAt(logIndexPath(path_));
+    log_ = identityAt(logPath_);
+    logIndex_ = identityAt(logIndexPath_);
     setAccelerated(options.accelerated);
     ++connections;
 }
@@ -61,10 +55,10 @@ SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &opti
 SqliteStorage::~SqliteStorage() {
     --connections;
     bool isReplaced = !database_.isInPlace() && identityAt(path_);
-    if (!isReplaced || !log_ || identityAt(logPath(path_)) != log_)
+    if (!isReplaced || !log_ || identityAt(logPath_) != log_)
         return;
-    unlink(logPath(path_).c_str());
-    unlink(logIndexPath(path_).c_str());
+    unlink(logPath_.c_str());
+    unlink(logIndexPath_.c_str());
 }
 
 void SqliteStorage::setAccelerated(bool accelerated) {
@@ -240,7 +234,7 @@ void SqliteStorage::requireFileInPlace() const {
 
 void SqliteStorage::requireInPlace() {
     requireFileInPlace();
-    require(identityAt(logPath(path_)) == log_ && identityAt(logIndexPath(path_)) == logIndex_,
+    require(identityAt(logPath_) == log_ && identityAt(logIndexPath_) == logIndex_,
             VANTREL_STATUS_INPUT_OUTPUT_ERROR);
 }
 

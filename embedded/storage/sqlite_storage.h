@@ -131,7 +131,7 @@ class SqliteStorage final : public Storage {
     void buildCounts(uint8_t order);
     void finishCounts();
 
-    std::string path_;
+    std::string path_, logPath_, logIndexPath_;
     WriteGate *writeGate_;
     Database database_;
     std::optional<RedoRecorder> recorder_;  // of a transaction's further files

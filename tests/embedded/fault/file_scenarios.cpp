@@ -1,4 +1,5 @@
 #include <csignal>
+#include <filesystem>
 
 #include "embedded/fault/scenario.h"
 #include "embedded/system_calls.h"
@@ -54,6 +55,12 @@ void changeAndDie(World &world) {
     prepareFile(world);
     for (uint32_t number = 26; number < 30; ++number)
         ASSERT_EQ(world.insert(recordOf(number)), 0);
+}
+
+void openAndReplaceIt(World &world) {
+    openIt(world);
+    std::filesystem::copy_file(world.path("file"), world.path("copy"));
+    std::filesystem::rename(world.path("copy"), world.path("file"));
 }
 
 void changeEncryptedAndDie(World &world) {
@@ -160,6 +167,7 @@ std::vector<Scenario> openingScenarios() {
          .begin = [](World &world) { ASSERT_EQ(world.open("file", accelerated), 0); },
          .work = {insert, {.run = close.run, .isDurable = true}},
          .isUnsafeUntilEnd = true},
+        {.name = "CloseReplaced", .prepare = prepareFile, .begin = openAndReplaceIt, .work = {close}},
     };
 }
 
