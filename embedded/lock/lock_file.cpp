@@ -57,6 +57,11 @@ int openOrMake(const std::string &path, const std::optional<FileRights> &rights)
 }
 
 // Sessions of one process begin their search for a free slot at different ones.
+// Every second byte, so that two locks of one holder are never merged.
+int64_t slotByte(uint16_t slot) {
+    return firstSlotByte + 2 * slot;
+}
+
 uint16_t firstSlotToTry() {
     static std::atomic<uint32_t> next{0};
     return static_cast<uint16_t>(next++ % lastHolderSlot);
@@ -84,7 +89,7 @@ bool LockFile::enter(Sharing sharing) {
         identify();
         bool isExclusive = sharing == Sharing::exclusive;
         if (isWritable_ && takeSlot())
-            describeUser();
+            describeUserFirst();
         if (!trySetOpened(isExclusive ? F_WRLCK : F_RDLCK,
                           isExclusive ? HoldKind::exclusiveOpening : HoldKind::sharedOpening)) {
             noteRefusal(openedFile);
@@ -132,13 +137,24 @@ bool LockFile::takeSlot() {
     uint16_t first = firstSlotToTry();
     for (uint16_t tried = 0; tried < lastHolderSlot; ++tried) {
         auto slot = static_cast<uint16_t>((first + tried) % lastHolderSlot + 1);
-        // Every second byte, so that two locks of one holder are never merged.
-        if (trySet(F_WRLCK, firstSlotByte + 2 * slot, 1)) {
+        if (trySet(F_WRLCK, slotByte(slot), 1)) {
             slot_ = slot;
             return true;
         }
     }
     return false;
+}
+
+// On a full disk the side file may have no room for a slot that was never used; the session goes without.
+void LockFile::describeUserFirst() {
+    try {
+        describeUser();
+    } catch (const StatusError &error) {
+        if (error.status != VANTREL_STATUS_DISK_FULL)
+            throw;
+        trySet(F_UNLCK, slotByte(slot_), 1);
+        slot_ = 0;
+    }
 }
 
 void LockFile::describeUser() {

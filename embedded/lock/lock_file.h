@@ -87,6 +87,7 @@ class LockFile {
     void identify();
     bool enter(Sharing sharing);
     bool takeSlot();
+    void describeUserFirst();
     void describeUser();
     std::optional<HolderDescription> descriptionOf(int64_t part, const Holder &holder);
     bool trySet(short type, int64_t start, int64_t length);

@@ -121,7 +121,14 @@ void Session::takeForChange(OpenFile &file) {
         return;
     }
     takenFiles_.reserve(takenFiles_.size() + 1);
-    beginPart(file);
+    try {
+        beginPart(file);
+    } catch (...) {
+        // Changes of a file that is not among the taken ones would be lost at the end.
+        if (file.storage().isWriting())
+            file.storage().rollback();
+        throw;
+    }
     takenFiles_.push_back(&file);
 }
 

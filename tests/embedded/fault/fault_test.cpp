@@ -135,6 +135,10 @@ TEST(EveryAllocationTest, WhileATransactionBegins) {
     failEach(FaultKind::allocationFails, "SetReadableOwner", 150);
 }
 
+TEST(EveryAllocationTest, AsATransactionTakesItsFirstFile) {
+    failEach(FaultKind::allocationFails, "TransactionOverTwoFiles", 150);
+}
+
 // Bytes that stand in the log from before may end a commit that could not be written to its end.
 TEST(EveryCallTest, OfChangesThatOverwriteTheLog) {
     failEach(FaultKind::callFails, "Checkpoint");

@@ -185,4 +185,23 @@ TYPED_TEST(DiskFullTest, ReadingNeedsNoRoom) {
     });
 }
 
+// Each one describes itself at a place of its own in the side file of locks.
+TYPED_TEST(DiskFullTest, OpeningNeedsNoRoom) {
+    this->run([](Work &work, auto &shortage) {
+        shortage.takeRoom();
+        uint32_t count = work.insertUntilFull(0, 18);
+        for (int opening = 0; opening < 80; ++opening) {
+            SCOPED_TRACE(opening);
+            EngineSession other(2);
+            EngineSession::PositionBlock block{};
+            ASSERT_EQ(other.open(&block, work.path), 0);
+            ASSERT_EQ(other.call(5 + 100, &block, "", u32(0), 0, 1000).status, count == 0 ? 4 : 0);
+            ASSERT_EQ(work.session.call(5 + 200, &work.block, "", u32(0), 0, 1000).status, 84);
+            ASSERT_EQ(other.call(27, &block).status, 0);
+        }
+        shortage.makeRoom();
+        work.expectRecords(count);
+    });
+}
+
 }  // namespace
