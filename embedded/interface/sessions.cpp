@@ -51,7 +51,11 @@ Registry &currentRegistry() {
     static std::once_flag once;
     std::call_once(once, [] {
         registry = new Registry;
-        pthread_atfork(prepareFork, parentAfterFork, childAfterFork);
+        if (pthread_atfork(prepareFork, parentAfterFork, childAfterFork) == 0)
+            return;
+        delete registry;
+        registry = nullptr;
+        throw std::bad_alloc();
     });
     return *registry;
 }
@@ -62,13 +66,14 @@ std::shared_ptr<Session> findSession(const void *clientIdentifier) {
     IdentifierBlock block = blockOf(clientIdentifier);
     Registry &known = currentRegistry();
     std::lock_guard lock(known.mutex);
-    std::shared_ptr<Session> &session = known.sessions[block];
-    if (session == nullptr) {
-        Session *opened = vantrelCoreOpenSession(block.data());
-        if (opened == nullptr)
-            throw std::bad_alloc();
-        session.reset(opened, vantrelCoreCloseSession);
-    }
+    auto found = known.sessions.find(block);
+    if (found != known.sessions.end())
+        return found->second;
+    Session *opened = vantrelCoreOpenSession(block.data());
+    if (opened == nullptr)
+        throw std::bad_alloc();
+    std::shared_ptr<Session> session(opened, vantrelCoreCloseSession);
+    known.sessions.emplace(block, session);
     return session;
 }
 

@@ -62,6 +62,15 @@ int64_t slotByte(uint16_t slot) {
     return firstSlotByte + 2 * slot;
 }
 
+struct flock rangeLock(short type, int64_t start, int64_t length) {
+    struct flock lock = {};
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = start;
+    lock.l_len = length;
+    return lock;
+}
+
 uint16_t firstSlotToTry() {
     static std::atomic<uint32_t> next{0};
     return static_cast<uint16_t>(next++ % lastHolderSlot);
@@ -152,15 +161,17 @@ void LockFile::describeUserFirst() {
     } catch (const StatusError &error) {
         if (error.status != VANTREL_STATUS_DISK_FULL)
             throw;
-        trySet(F_UNLCK, slotByte(slot_), 1);
+        clear(slotByte(slot_), 1);
         slot_ = 0;
+        describedRevision_ = user_.revision();
     }
 }
 
 void LockFile::describeUser() {
-    describedRevision_ = user_.revision();
+    uint32_t revision = user_.revision();
     if (slot_ != 0 && !writeHolderSlot(descriptor_, slot_, user_.description()))
         throwSystemError(errno);
+    describedRevision_ = revision;
 }
 
 LockFile::~LockFile() {
@@ -178,11 +189,7 @@ LockFile::~LockFile() {
 }
 
 bool LockFile::trySet(short type, int64_t start, int64_t length) {
-    struct flock lock = {};
-    lock.l_type = type;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = start;
-    lock.l_len = length;
+    struct flock lock = rangeLock(type, start, length);
     if (fcntl(descriptor_, F_OFD_SETLK, &lock) == 0)
         return true;
     if (errno == EAGAIN || errno == EACCES)
@@ -190,12 +197,14 @@ bool LockFile::trySet(short type, int64_t start, int64_t length) {
     throwSystemError(errno);
 }
 
+// What the system cannot unlock stays locked until the side file is closed.
+void LockFile::clear(int64_t start, int64_t length) noexcept {
+    struct flock lock = rangeLock(F_UNLCK, start, length);
+    fcntl(descriptor_, F_OFD_SETLK, &lock);
+}
+
 std::optional<LockFile::Range> LockFile::findForeign(int64_t start, int64_t end) {
-    struct flock lock = {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = start;
-    lock.l_len = end - start;
+    struct flock lock = rangeLock(F_WRLCK, start, end - start);
     if (fcntl(descriptor_, F_OFD_GETLK, &lock) != 0)
         throwSystemError(errno);
     if (lock.l_type == F_UNLCK)
@@ -208,7 +217,7 @@ bool LockFile::trySetOpened(short type, HoldKind kind) {
     int64_t start = openedFile * partBytes;
     if (!trySet(type, start, lengthOf(slot_, kind)))
         return false;
-    trySet(F_UNLCK, start + lengthOf(slot_, kind), partBytes - lengthOf(slot_, kind));
+    clear(start + lengthOf(slot_, kind), partBytes - lengthOf(slot_, kind));
     return true;
 }
 
@@ -217,21 +226,30 @@ bool LockFile::makeExclusive() {
     return trySetOpened(F_WRLCK, HoldKind::exclusiveOpening);
 }
 
-void LockFile::makeShared() {
-    trySetOpened(F_RDLCK, HoldKind::sharedOpening);
+void LockFile::makeShared() noexcept {
+    try {
+        trySetOpened(F_RDLCK, HoldKind::sharedOpening);
+    } catch (const StatusError &) {
+        // Others stay locked out until the session closes the file.
+    }
 }
 
 int64_t LockFile::addHandle() {
     int64_t handle = randomHandleByte();
-    if (descriptor_ >= 0)
-        trySet(F_RDLCK, handle, 1);
     handles_.insert(handle);
+    try {
+        if (descriptor_ >= 0)
+            trySet(F_RDLCK, handle, 1);
+    } catch (...) {
+        handles_.erase(handle);
+        throw;
+    }
     return handle;
 }
 
-void LockFile::removeHandle(int64_t handle) {
+void LockFile::removeHandle(int64_t handle) noexcept {
     if (handles_.erase(handle) != 0 && descriptor_ >= 0)
-        trySet(F_UNLCK, handle, 1);
+        clear(handle, 1);
 }
 
 uint32_t LockFile::handleCount() {
@@ -271,10 +289,10 @@ bool LockFile::tryLock(int64_t part, HoldKind kind) {
     return trySet(F_WRLCK, part * partBytes, lengthOf(slot_, kind));
 }
 
-void LockFile::unlock(int64_t part) {
+void LockFile::unlock(int64_t part) noexcept {
     if (descriptor_ < 0)
         return;
-    trySet(F_UNLCK, part * partBytes, partBytes);
+    clear(part * partBytes, partBytes);
     wakeLockWaits(id_, part);
 }
 
@@ -299,17 +317,17 @@ void LockFile::lockAllRecords() {
     }
 }
 
-void LockFile::unlockRecords(int64_t first, int64_t end) {
+void LockFile::unlockRecords(int64_t first, int64_t end) noexcept {
     if (descriptor_ < 0 || first >= end)
         return;
-    trySet(F_UNLCK, first * partBytes, (end - first) * partBytes);
+    clear(first * partBytes, (end - first) * partBytes);
     wakeLockWaits(id_, everyPart);
 }
 
-void LockFile::keepOnlyLock(int64_t address, HoldKind kind) {
+void LockFile::keepOnlyLock(int64_t address, HoldKind kind) noexcept {
     int64_t length = lengthOf(slot_, kind);
     if (descriptor_ >= 0)
-        trySet(F_UNLCK, address * partBytes + length, partBytes - length);
+        clear(address * partBytes + length, partBytes - length);
 }
 
 // Only the session that writes locks all records.

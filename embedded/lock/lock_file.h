@@ -37,11 +37,11 @@ class LockFile {
     // False where other users are left; status 94 is thrown where it cannot be seen to. Going back to shared
     // always succeeds.
     bool makeExclusive();
-    void makeShared();
+    void makeShared() noexcept;
 
     // Marks one open handle, until it is taken back.
     int64_t addHandle();
-    void removeHandle(int64_t handle);
+    void removeHandle(int64_t handle) noexcept;
     // The marks of all processes.
     uint32_t handleCount();
 
@@ -53,15 +53,15 @@ class LockFile {
     bool canLock() const { return isWritable_; }
     // A record or the write side; false where another session holds it.
     bool tryLock(int64_t part, HoldKind kind);
-    void unlock(int64_t part);
+    void unlock(int64_t part) noexcept;
     bool isLockedByAnother(int64_t part);
 
     // All records that no other session has locked.
     void lockAllRecords();
     // The end of that, from one address to before another.
-    void unlockRecords(int64_t first, int64_t end);
+    void unlockRecords(int64_t first, int64_t end) noexcept;
     // Shrinks what covered all records to the lock of one.
-    void keepOnlyLock(int64_t address, HoldKind kind);
+    void keepOnlyLock(int64_t address, HoldKind kind) noexcept;
 
     // The slot of the session that holds something, 0 where that has none; nothing where nobody else holds
     // it.
@@ -91,6 +91,7 @@ class LockFile {
     void describeUser();
     std::optional<HolderDescription> descriptionOf(int64_t part, const Holder &holder);
     bool trySet(short type, int64_t start, int64_t length);
+    void clear(int64_t start, int64_t length) noexcept;
     bool trySetOpened(short type, HoldKind kind);
     // One of the locks that others hold in a range, not always the first.
     std::optional<Range> findForeign(int64_t start, int64_t end);

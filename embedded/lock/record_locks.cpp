@@ -39,7 +39,7 @@ bool RecordLocks::tryHold(int64_t address, HoldKind kind) {
     return take(address, kind);
 }
 
-void RecordLocks::release(int64_t address) {
+void RecordLocks::release(int64_t address) noexcept {
     auto hold = holds_.find(address);
     if (hold == holds_.end() || --hold->second.count != 0)
         return;
@@ -56,8 +56,9 @@ RecordLocks::ChangeLock RecordLocks::tryLockForChange(int64_t address, bool insi
     bool isOneTooMany =
         holds_.size() >= recordLockLimit || (!insideTransaction && changed_.size() >= singleOperationLimit);
     if (!holdsAll_ && isOneTooMany && holds_.count(address) == 0) {
-        file_.lockAllRecords();
+        // Where it fails, those it did lock go with the others.
         holdsAll_ = true;
+        file_.lockAllRecords();
     }
     if (holdsAll_) {
         // What another session had locked then may be free now.
@@ -65,16 +66,21 @@ RecordLocks::ChangeLock RecordLocks::tryLockForChange(int64_t address, bool insi
     }
     if (!take(address, HoldKind::change))
         return ChangeLock::refused;
-    changed_.insert(address);
+    try {
+        changed_.insert(address);
+    } catch (...) {
+        release(address);
+        throw;
+    }
     return ChangeLock::taken;
 }
 
-void RecordLocks::releaseChanged(int64_t address) {
+void RecordLocks::releaseChanged(int64_t address) noexcept {
     if (changed_.erase(address) != 0)
         release(address);
 }
 
-void RecordLocks::releaseAllChanged() {
+void RecordLocks::releaseAllChanged() noexcept {
     for (int64_t address : changed_)
         release(address);
     changed_.clear();
@@ -82,7 +88,7 @@ void RecordLocks::releaseAllChanged() {
         shrinkToHolds();
 }
 
-void RecordLocks::shrinkToHolds() {
+void RecordLocks::shrinkToHolds() noexcept {
     holdsAll_ = false;
     int64_t unlockedTo = 1;
     for (auto &[address, hold] : holds_) {

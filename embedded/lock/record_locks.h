@@ -18,14 +18,14 @@ class RecordLocks {
     // False where another session holds the record. Too many are thrown as status 130, a side file without
     // write permission as 94.
     bool tryHold(int64_t address, HoldKind kind);
-    void release(int64_t address);
+    void release(int64_t address) noexcept;
 
     // The same for a change, once however often the record is changed. Those of a single operation lock all
     // records earlier, since locks one by one take longer and longer and all of them go at once soon.
     enum class ChangeLock { refused, taken, hadAlready };
     ChangeLock tryLockForChange(int64_t address, bool insideTransaction);
-    void releaseChanged(int64_t address);
-    void releaseAllChanged();
+    void releaseChanged(int64_t address) noexcept;
+    void releaseAllChanged() noexcept;
 
   private:
     struct Hold {
@@ -34,7 +34,7 @@ class RecordLocks {
     };
 
     bool take(int64_t address, HoldKind kind);
-    void shrinkToHolds();
+    void shrinkToHolds() noexcept;
 
     LockFile &file_;
     std::map<int64_t, Hold> holds_;

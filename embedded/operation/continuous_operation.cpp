@@ -84,8 +84,10 @@ int32_t end(Session &session, const Paths &paths) {
         if (OpenFile *file = session.findFile(path))
             file->storage().releaseSnapshot();
         ended->second->end();
-        session.continuousOperations.erase(ended);
     }
+    // Where one could not be ended, all may be ended again.
+    for (const std::string &path : paths)
+        session.continuousOperations.erase(path);
     return VANTREL_STATUS_NO_ERROR;
 }
 

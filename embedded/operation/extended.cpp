@@ -66,8 +66,8 @@ int32_t ExtendedRead::run() {
             continue;
         }
         size_t length = extended.extractor.extract(scan.view(), reply.nextBytes());
-        reply.add(lastPassed, length, length);
         scan.examine(entry);
+        reply.add(lastPassed, length, length);
         if (reply.count() == extended.recordLimit)
             return VANTREL_STATUS_NO_ERROR;
     }
@@ -123,6 +123,8 @@ int32_t readExtended(Session &session, Request &request) {
     } catch (const StatusError &error) {
         // What came before stays delivered.
         status = error.status;
+    } catch (const std::bad_alloc &) {
+        status = VANTREL_STATUS_NO_OPERATING_SYSTEM_MEMORY_AVAILABLE;
     }
     read.finish();
     count.set(read.reply.count());

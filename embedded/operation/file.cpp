@@ -77,6 +77,8 @@ int32_t openFile(Session &session, Request &request) {
         position.isExclusive = mode == OpenMode::exclusive;
         position.isAccelerated = mode == OpenMode::accelerated;
     } catch (...) {
+        if (mode == OpenMode::exclusive)
+            file.lockFile().makeShared();
         session.removeFileIfUnused(file);
         throw;
     }

@@ -100,8 +100,14 @@ void abandonInheritedSessions() {
     LiveSessions *lost = inherited.exchange(nullptr);
     if (lost == nullptr)
         return;
-    for (Session *session : lost->sessions)
-        session->abandon();
+    try {
+        for (Session *session : lost->sessions)
+            session->abandon();
+    } catch (...) {
+        // The next call tries again.
+        inherited = lost;
+        throw;
+    }
 }
 
 }  // namespace vantrel::embedded

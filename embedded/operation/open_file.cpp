@@ -1,5 +1,7 @@
 #include "embedded/operation/open_file.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <ctime>
 
@@ -8,10 +10,19 @@
 namespace vantrel::embedded {
 
 void Position::setLogical(uint8_t index, ByteView key, int64_t address) {
+    keepKey(key);
+    setLogicalByKeptKey(index, address);
+}
+
+void Position::keepKey(ByteView key) {
+    keptKey_.assign(key);
+}
+
+void Position::setLogicalByKeptKey(uint8_t index, int64_t address) noexcept {
     if (!logical)
         logical.emplace();
     logical->index = index;
-    logical->key.assign(key);
+    logical->key.swap(keptKey_);
     logical->address = address;
 }
 
@@ -139,12 +150,12 @@ bool OpenFile::allAccelerated() const {
 
 void OpenFile::encrypt(const NewOwner *owner) {
     std::string copy = copyPath(path_);
-    removeLeftCopy(path_);
+    unlink(copy.c_str());
     try {
         storage_->writeCopy(copy, owner);
         replaceByCopy(path_);
     } catch (...) {
-        removeLeftCopy(path_);
+        unlink(copy.c_str());
         storage_->setAccelerated(allAccelerated());
         throw;
     }

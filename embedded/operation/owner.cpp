@@ -38,12 +38,8 @@ class SoleUse {
         throw StatusError{VANTREL_STATUS_FILE_IN_USE};
     }
     ~SoleUse() {
-        try {
-            if (!file_.isOpenExclusively())
-                file_.lockFile().makeShared();
-        } catch (const StatusError &) {
-            // Others stay locked out until the session closes the file.
-        }
+        if (!file_.isOpenExclusively())
+            file_.lockFile().makeShared();
     }
     SoleUse(const SoleUse &) = delete;
     SoleUse &operator=(const SoleUse &) = delete;

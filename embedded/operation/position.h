@@ -70,6 +70,12 @@ struct Position {
         versionBeforeDeletion.reset();
     }
     void setLogical(uint8_t index, ByteView key, int64_t address);
+    // The same in two steps, of which the second cannot fail.
+    void keepKey(ByteView key);
+    void setLogicalByKeptKey(uint8_t index, int64_t address) noexcept;
+
+  private:
+    Bytes keptKey_;
 };
 
 }  // namespace vantrel::embedded

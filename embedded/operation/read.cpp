@@ -33,12 +33,18 @@ int32_t deliverRecord(Request &request, Storage &storage, const StoredRecord &re
 
 int32_t deliverFound(Position &position, Request &request, const IndexDefinition *index,
                      const StoredEntry &entry) {
-    position.setCurrent(entry.record.address, entry.record.updateTime);
+    int64_t address = entry.record.address;
+    uint64_t version = entry.record.updateTime;
     if (index != nullptr) {
-        position.setLogical(index->number, entry.key, entry.record.address);
+        position.keepKey(entry.key);
         deliverKey(request, *index, entry.record);
     }
-    return deliverRecord(request, position.file->storage(), entry.record);
+    // May end the validity of what was found.
+    int32_t status = deliverRecord(request, position.file->storage(), entry.record);
+    position.setCurrent(address, version);
+    if (index != nullptr)
+        position.setLogicalByKeptKey(index->number, address);
+    return status;
 }
 
 int32_t searchKey(Storage &storage, uint16_t operation, uint8_t index, const Bytes &key, StoredEntry *entry) {

@@ -161,9 +161,9 @@ void RecordScan::look(StoredEntry *found) {
 }
 
 void RecordScan::examine(const StoredEntry &entry) {
+    key_.assign(entry.key);
     hasExamined_ = true;
     wasDeleted_ = false;
-    key_.assign(entry.key);
     address_ = entry.record.address;
     version_ = entry.record.updateTime;
 }

@@ -77,7 +77,12 @@ Position &Session::addPosition(OpenFile &file, void *block) {
     position->block = makeBlock(slot);
     position->blockAddress = block;
     position->handleMark = file.lockFile().addHandle();
-    file.positions().insert(position.get());
+    try {
+        file.positions().insert(position.get());
+    } catch (...) {
+        file.lockFile().removeHandle(position->handleMark);
+        throw;
+    }
     memcpy(block, position->block.data(), position->block.size());
     positions_[slot] = std::move(position);
     return *positions_[slot];
@@ -87,9 +92,9 @@ void Session::removePosition(Position &position) {
     OpenFile &file = *position.file;
     file.unlockAll(position);
     file.lockFile().removeHandle(position.handleMark);
-    file.positions().erase(&position);
     if (position.isExclusive)
         file.lockFile().makeShared();
+    file.positions().erase(&position);
     positions_[loadU32(position.block.data() + slotOffset)].reset();
     removeFileIfUnused(file);
 }
@@ -213,12 +218,16 @@ void Session::endTransaction() {
     lockUser.endTransaction();
     for (auto &[path, file] : files_)
         file->unlockTransaction();
+    removeUnusedFiles();
+}
+
+// What cannot be synced stays open; the background tries again.
+void Session::removeUnusedFiles() noexcept {
     for (auto next = files_.begin(); next != files_.end();) {
         OpenFile &file = *(next++)->second;
         try {
             removeFileIfUnused(file);
         } catch (...) {
-            // What could not be synced stays open; the background tries again.
         }
     }
 }
@@ -263,6 +272,8 @@ void Session::housekeepInWait() noexcept {
 
 void Session::housekeep() noexcept {
     forEachFile(&OpenFile::housekeep);
+    if (!insideTransaction())
+        removeUnusedFiles();
 }
 
 void Session::abandon() {
@@ -278,7 +289,7 @@ ChangeScope::ChangeScope(Session &session, OpenFile &file)
     : session_(session), file_(file), storage_(file.storage()) {
     if (session.insideTransaction() && session.transactionIsDoomed)
         throw StatusError{VANTREL_STATUS_END_CHANGED_TO_ABORT};
-    if (!storage_.isWriting())
+    if (!storage_.isWriting() || !session.insideTransaction())
         session.takeForChange(file);
 }
 

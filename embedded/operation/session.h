@@ -91,6 +91,7 @@ class Session {
   private:
     void beginPart(OpenFile &file);
     void endTransaction();
+    void removeUnusedFiles() noexcept;
     void forEachFile(void (OpenFile::*work)()) noexcept;
 
     std::map<std::string, std::unique_ptr<OpenFile>> files_;

@@ -31,16 +31,11 @@ bool FileWriteGate::tryEnter(const std::function<bool()> &begin) {
     return false;
 }
 
-// Nothing may fail behind a commit.
-void FileWriteGate::committed() {
-    try {
-        releaseRecords_();
-    } catch (const StatusError &) {
-        // They go with the end of the operation or of the session's transaction.
-    }
+void FileWriteGate::committed() noexcept {
+    releaseRecords_();
 }
 
-void FileWriteGate::leave() {
+void FileWriteGate::leave() noexcept {
     if (file_.canLock())
         file_.unlock(writeSide);
 }

@@ -18,8 +18,8 @@ class FileWriteGate final : public WriteGate {
     // After the longest wait, or at once without waiting, status 85 is thrown; 78 where the wait could never
     // end.
     void enter(Waiting waiting, const std::function<bool()> &begin) override;
-    void committed() override;
-    void leave() override;
+    void committed() noexcept override;
+    void leave() noexcept override;
 
   private:
     bool tryEnter(const std::function<bool()> &begin);

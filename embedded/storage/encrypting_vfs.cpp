@@ -1,5 +1,8 @@
 #include "embedded/storage/encrypting_vfs.h"
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -27,6 +30,23 @@ sqlite3_vfs *findBaseVfs() {
 sqlite3_vfs *baseVfs() {
     static sqlite3_vfs *const base = findBaseVfs();
     return base;
+}
+
+// SQLite takes a file for reading where it cannot be opened for writing; one that may be written is not left
+// so for a failure of the moment.
+int openReal(const char *name, sqlite3_file *file, int flags, int *flagsGiven) {
+    int given = 0;
+    int code = baseVfs()->xOpen(baseVfs(), name, file, flags, &given);
+    if (flagsGiven != nullptr)
+        *flagsGiven = given;
+    bool isRefused = code == SQLITE_OK && (flags & SQLITE_OPEN_READWRITE) != 0 &&
+                     (given & SQLITE_OPEN_READONLY) != 0 && access(name, W_OK) == 0;
+    if (!isRefused)
+        return code;
+    file->pMethods->xClose(file);
+    file->pMethods = nullptr;
+    errno = EIO;
+    return SQLITE_CANTOPEN;
 }
 
 int codeOf(const StatusError &error) {
@@ -119,7 +139,7 @@ int openEncrypted(const char *name, sqlite3_file *target, int flags, int *flagsG
     auto *file = new (target) EncryptedFile(role);
     sqlite3_file *real = file->realFile();
     real->pMethods = nullptr;
-    int code = baseVfs()->xOpen(baseVfs(), name, real, flags, flagsGiven);
+    int code = openReal(name, real, flags, flagsGiven);
     std::shared_ptr<Encryption> encryption;
     try {
         if (code == SQLITE_OK)
@@ -143,7 +163,7 @@ int openEncrypted(const char *name, sqlite3_file *target, int flags, int *flagsG
 int openDatabase(const char *name, sqlite3_file *file, int flags, int *flagsGiven) {
     if ((flags & SQLITE_OPEN_CREATE) != 0 && currentScope != nullptr && currentScope->newOwner != nullptr)
         return openEncrypted(name, file, flags, flagsGiven, Role::database, makeEncryption);
-    int code = baseVfs()->xOpen(baseVfs(), name, file, flags, flagsGiven);
+    int code = openReal(name, file, flags, flagsGiven);
     if (code != SQLITE_OK)
         return code;
     Bytes magic(EncryptionHeader::magicSize, '\0');
@@ -159,7 +179,7 @@ int openDatabase(const char *name, sqlite3_file *file, int flags, int *flagsGive
 int openLog(const char *name, sqlite3_file *file, int flags, int *flagsGiven) {
     EncryptedFile *database = EncryptedFile::from(sqlite3_database_file_object(name));
     if (database == nullptr)
-        return baseVfs()->xOpen(baseVfs(), name, file, flags, flagsGiven);
+        return openReal(name, file, flags, flagsGiven);
     return openEncrypted(name, file, flags, flagsGiven, Role::log,
                          [database](EncryptedFile &, std::shared_ptr<Encryption> &encryption) {
                              encryption = database->encryption();
@@ -170,7 +190,7 @@ int openLog(const char *name, sqlite3_file *file, int flags, int *flagsGiven) {
 int openJournal(const char *name, sqlite3_file *file, int flags, int *flagsGiven) {
     if (EncryptedFile::from(sqlite3_database_file_object(name)) != nullptr)
         return SQLITE_CANTOPEN;
-    return baseVfs()->xOpen(baseVfs(), name, file, flags, flagsGiven);
+    return openReal(name, file, flags, flagsGiven);
 }
 
 int openFile(sqlite3_vfs *, const char *name, sqlite3_file *file, int flags, int *flagsGiven) {

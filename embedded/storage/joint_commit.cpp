@@ -67,7 +67,7 @@ void JointCommit::placePointers() {
         directories.insert(directoryWith(file->path()));
     }
     for (const std::string &directory : directories)
-        syncDirectory(directory);
+        Directory(directory).sync();
 }
 
 void JointCommit::keepChanges() {

@@ -23,7 +23,9 @@ void SqliteStorage::buildCounts(uint8_t order) {
         begin(Waiting::no, TransactionPart::none);
         if (!counts_.isBuilt(order) && (order == physicalOrder || hasIndex(order)))
             counts_.build(order);
-        commit(Durability::soon);
+        // The record locks of a transaction, which knows nothing of this one, stay.
+        commitChanges();
+        endCommit(Durability::soon);
     } catch (...) {
         if (writing_)
             rollback();

@@ -38,10 +38,7 @@ SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &opti
         "PRAGMA secure_delete = OFF; PRAGMA temp_store = MEMORY;"
         "PRAGMA mmap_size = 0; PRAGMA cell_size_check = ON; PRAGMA wal_autocheckpoint = 10000;"
         "PRAGMA synchronous = NORMAL");
-    begin_ = database_.prepare("BEGIN");
-    beginImmediate_ = database_.prepare("BEGIN IMMEDIATE");
-    commit_ = database_.prepare("COMMIT");
-    rollback_ = database_.prepare("ROLLBACK");
+    prepareTransactions();
     readGeneration_ = database_.prepare("SELECT generation FROM definition WHERE id = 1");
     reload();
     log_ = identityAt(logPath_);
@@ -73,6 +70,7 @@ void SqliteStorage::setAccelerated(bool accelerated) {
 void SqliteStorage::setSynchronous(Synchronous level) {
     if (level == synchronous_)
         return;
+    synchronous_.reset();
     const char *const pragmas[] = {"PRAGMA synchronous = OFF", "PRAGMA synchronous = NORMAL",
                                    "PRAGMA synchronous = FULL"};
     database_.execute(pragmas[static_cast<size_t>(level)]);
@@ -100,16 +98,29 @@ void SqliteStorage::takeSnapshot() {
     settleForReading(path_);
     if (logIsOpen_)
         snapshotHeader_ = walIndex_.read(database_.mainFile());
+    prepareTransactions();
     begin_.run();
+    reading_ = true;
     try {
         reloadIfRedefined();
         shareCache();
     } catch (...) {
-        endReading();
+        releaseSnapshot();
         throw;
     }
-    reading_ = true;
     logIsOpen_ = true;
+}
+
+// Anew where they may have expired with a change of the schema that was taken back: what ends a transaction
+// must not need memory.
+void SqliteStorage::prepareTransactions() {
+    if (transactionsArePrepared_)
+        return;
+    begin_ = database_.prepare("BEGIN");
+    beginImmediate_ = database_.prepare("BEGIN IMMEDIATE");
+    commit_ = database_.prepare("COMMIT");
+    rollback_ = database_.prepare("ROLLBACK");
+    transactionsArePrepared_ = true;
 }
 
 bool SqliteStorage::snapshotIsCurrent() {
@@ -138,20 +149,22 @@ void SqliteStorage::reloadIfRedefined() {
 }
 
 void SqliteStorage::reload() {
+    generation_ = -1;
     indexes_.clear();
     definition_ = std::make_shared<FileDefinition>(loadDefinition(database_));
-    StatementUse generation(readGeneration_);
-    generation_ = generation->step() ? generation->integer(0) : -1;
     counts_.load();
+    StatementUse generation(readGeneration_);
+    if (generation->step())
+        generation_ = generation->integer(0);
 }
 
 void SqliteStorage::shareCache() {
     int shares = connections;
     if (shares == cacheShares_ || shares == 0)
         return;
-    cacheShares_ = shares;
     int size = std::max(cacheBudgetKiB / shares, smallestCacheKiB);
     database_.execute("PRAGMA cache_size = -" + std::to_string(size));
+    cacheShares_ = shares;
 }
 
 void SqliteStorage::resetScans() {

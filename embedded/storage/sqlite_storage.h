@@ -110,13 +110,16 @@ class SqliteStorage final : public Storage {
     void takeWriteSide(Waiting waiting);
     void beginReading();
     void takeSnapshot();
+    void prepareTransactions();
     void endReading();
     void reloadIfRedefined();
     void reload();
     void loadState();
     void requireFileInPlace() const;
     bool tryBeginWriting();
-    void endWriting();
+    void endWriting() noexcept;
+    void commitChanges();
+    void endCommit(Durability durability);
     void resetScans();
     void prepareToChange();
     void endTransaction(const char *how);
@@ -137,6 +140,7 @@ class SqliteStorage final : public Storage {
     std::optional<RedoRecorder> recorder_;  // of a transaction's further files
     WalIndex walIndex_;
     WalIndex::Header snapshotHeader_{};
+    bool transactionsArePrepared_ = false;
     bool logIsOpen_ = false;
     bool reading_ = false;
     bool writing_ = false;
@@ -144,9 +148,9 @@ class SqliteStorage final : public Storage {
     bool accelerated_ = false;
     bool keepsRedo_ = false;
     WalIndex::Header headerAtLastTurn_{};
-    std::optional<FileIdentity> log_, logIndex_;  // as this connection opened them
-    Synchronous synchronous_ = Synchronous::normal;
-    int64_t changesBefore_ = 0;  // the write transaction
+    std::optional<FileIdentity> log_, logIndex_;                    // as this connection opened them
+    std::optional<Synchronous> synchronous_ = Synchronous::normal;  // none where it is not known
+    int64_t changesBefore_ = 0;                                     // the write transaction
     bool scansAreOpen_ = false;
     bool isRedefined_ = false;  // by the write transaction
     int cacheShares_ = 0;

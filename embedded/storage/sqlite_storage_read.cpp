@@ -44,9 +44,14 @@ bool SqliteStorage::advance(Scan &scan, StoredRecord *found) {
         scan.statement.reset();
         return false;
     }
-    scan.onRow = true;
-    takeRecord(scan.statement, definition_->recordLength, found);
+    try {
+        takeRecord(scan.statement, definition_->recordLength, found);
+    } catch (...) {
+        scan.statement.reset();
+        throw;
+    }
     scan.address = found->address;
+    scan.onRow = true;
     return true;
 }
 
@@ -60,7 +65,7 @@ bool SqliteStorage::findEntry(uint8_t index, Direction direction, ByteView key, 
         prepared(scan.statement, index, entryColumns,
                  isForward ? "WHERE (e.key, e.address) > (?1, ?2) ORDER BY e.key, e.address"
                            : "WHERE (e.key, e.address) < (?1, ?2) ORDER BY e.key DESC, e.address DESC");
-        scan.statement.reset();
+        scan.reset();
         scan.boundKey.assign(key);
         scan.statement.bind(1, ByteView(scan.boundKey)).bind(2, address);
     }
@@ -113,7 +118,7 @@ bool SqliteStorage::findRecord(Direction direction, int64_t address, StoredRecor
         prepared(
             scan.statement, recordColumns,
             isForward ? "WHERE address > ?1 ORDER BY address" : "WHERE address < ?1 ORDER BY address DESC");
-        scan.statement.reset();
+        scan.reset();
         scan.statement.bind(1, address);
     }
     return advance(scan, found);

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "embedded/storage/commit_pointer.h"
 #include "embedded/storage/pending_commit.h"
 #include "embedded/storage/sqlite_schema.h"
@@ -9,6 +11,8 @@ namespace vantrel::embedded {
 // The log is synced inside the commit of a transaction, so that a commit whose sync fails is none. Which file
 // decides about the others shows only at the end.
 void SqliteStorage::begin(Waiting waiting, TransactionPart part) {
+    if (writing_)
+        rollback();
     releaseSnapshot();
     if (part != TransactionPart::none)
         requireInPlace();
@@ -34,6 +38,7 @@ void SqliteStorage::begin(Waiting waiting, TransactionPart part) {
 }
 
 void SqliteStorage::takeWriteSide(Waiting waiting) {
+    prepareTransactions();
     writeGate_->enter(waiting, [this] { return tryBeginWriting(); });
     writing_ = true;
 }
@@ -64,28 +69,33 @@ void SqliteStorage::writeState() {
 
 // Without the library's own waiting, which nothing could end.
 bool SqliteStorage::tryBeginWriting() {
-    bool hasBegun = true;
-    sqlite3_busy_timeout(database_.get(), 0);
+    struct NoTimeout {
+        sqlite3 *database;
+        explicit NoTimeout(sqlite3 *limited) : database(limited) { sqlite3_busy_timeout(database, 0); }
+        ~NoTimeout() { sqlite3_busy_timeout(database, waitMilliseconds); }
+    } noTimeout(database_.get());
     try {
         beginImmediate_.run();
     } catch (const StatusError &error) {
-        hasBegun = false;
-        if (error.status != VANTREL_STATUS_FILE_IN_USE) {
-            sqlite3_busy_timeout(database_.get(), waitMilliseconds);
+        if (error.status != VANTREL_STATUS_FILE_IN_USE)
             throw;
-        }
+        return false;
     }
-    sqlite3_busy_timeout(database_.get(), waitMilliseconds);
-    return hasBegun;
+    return true;
 }
 
-void SqliteStorage::endWriting() {
-    if (writing_)
+void SqliteStorage::endWriting() noexcept {
+    if (std::exchange(writing_, false))
         writeGate_->leave();
-    writing_ = false;
 }
 
 void SqliteStorage::commit(Durability durability) {
+    commitChanges();
+    writeGate_->committed();
+    endCommit(durability);
+}
+
+void SqliteStorage::commitChanges() {
     try {
         requireInPlace();
         writeState();
@@ -94,7 +104,9 @@ void SqliteStorage::commit(Durability durability) {
         rollback();
         throw;
     }
-    writeGate_->committed();
+}
+
+void SqliteStorage::endCommit(Durability durability) {
     endWriting();
     isRedefined_ = false;
     counts_.committed();
@@ -109,6 +121,7 @@ void SqliteStorage::rollback() {
     resetScans();
     if (sqlite3_get_autocommit(database_.get()) == 0)
         rollback_.run();
+    transactionsArePrepared_ = false;
     endWriting();
     recorder_.reset();
     counts_.rolledBack();

@@ -75,8 +75,9 @@ class WriteGate {
   public:
     virtual ~WriteGate() = default;
     virtual void enter(Waiting waiting, const std::function<bool()> &begin) = 0;
-    virtual void committed() = 0;
-    virtual void leave() = 0;
+    // Nothing may fail behind a commit.
+    virtual void committed() noexcept = 0;
+    virtual void leave() noexcept = 0;
 };
 
 struct StorageOptions {

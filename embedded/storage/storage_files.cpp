@@ -87,7 +87,7 @@ void copyLog(const std::string &from, const std::string &to) {
 }  // namespace
 
 void syncDirectoryOf(const std::string &path) {
-    syncDirectory(directoryWith(path));
+    Directory(directoryWith(path)).sync();
 }
 
 std::string copyPath(const std::string &path) {
@@ -115,7 +115,8 @@ void replaceByCopy(const std::string &path) {
 // The file is made under another name, so that the path never holds a half-made one. Here and below, all that
 // takes memory is done before the names change, so that nothing has happened where there is none.
 void createStorage(const std::string &path, const FileDefinition &definition) {
-    std::string madePath = newFilePath(path), directory = directoryWith(path);
+    std::string madePath = newFilePath(path);
+    Directory directory(directoryWith(path));
     if (access(path.c_str(), F_OK) == 0)
         requireSettled(path);
     removeIfThere(madePath);
@@ -131,30 +132,36 @@ void createStorage(const std::string &path, const FileDefinition &definition) {
         unlink((madePath + "-shm").c_str());
         throw;
     }
-    syncDirectory(directory);
+    directory.sync();
 }
 
 // The log of an encrypted file may hold changes that the file lacks, and stays as long as that.
 void removeStorage(const std::string &path) {
     requireSettled(path);
     Paths sideFiles = sideFilesOf(path);
-    std::string directory = directoryWith(path);
+    Directory directory(directoryWith(path));
     removeIfThere(path);
     remove(sideFiles);
-    syncDirectory(directory);
+    directory.sync();
 }
 
 void moveStorage(const std::string &from, const std::string &to) {
     requireSettled(from);
     remove(sideFilesOf(to));
     Paths sideFiles = sideFilesOf(from);
-    std::string oldDirectory = directoryWith(from), newDirectory = directoryWith(to);
+    std::string movedLog = to + "-wal";
+    Directory oldDirectory(directoryWith(from)), newDirectory(directoryWith(to));
     tryToBringLogIn(from);
-    copyLog(from, to);
-    moveOnto(from, to);
+    try {
+        copyLog(from, to);
+        moveOnto(from, to);
+    } catch (...) {
+        unlink(movedLog.c_str());
+        throw;
+    }
     remove(sideFiles);
-    syncDirectory(oldDirectory);
-    syncDirectory(newDirectory);
+    oldDirectory.sync();
+    newDirectory.sync();
 }
 
 }  // namespace vantrel::embedded

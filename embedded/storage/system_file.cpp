@@ -47,10 +47,11 @@ std::string directoryWith(const std::string &path) {
     return path.substr(0, path.rfind('/') + 1);
 }
 
+Directory::Directory(const std::string &path) : opened_(path, O_RDONLY | O_DIRECTORY) {}
+
 // Some file systems have no means to sync a directory, and say so.
-void syncDirectory(const std::string &directory) {
-    Descriptor opened(directory, O_RDONLY | O_DIRECTORY);
-    if (fsync(opened.get()) != 0 && errno != EINVAL)
+void Directory::sync() const {
+    if (fsync(opened_.get()) != 0 && errno != EINVAL)
         throwSystemError(errno);
 }
 

@@ -28,8 +28,16 @@ class Descriptor {
 
 // With the slash at its end.
 std::string directoryWith(const std::string &path);
-// What was made, renamed or removed in a directory is durable only when the directory is.
-void syncDirectory(const std::string &directory);
+// What was made, renamed or removed in a directory is durable only when the directory is. It is opened before
+// its names change, so that only the disk can fail afterwards.
+class Directory {
+  public:
+    explicit Directory(const std::string &path);
+    void sync() const;
+
+  private:
+    Descriptor opened_;
+};
 void removeIfThere(const std::string &path);
 void moveOnto(const std::string &from, const std::string &to);
 

@@ -2,7 +2,8 @@
 
 #include <sys/mman.h>
 
-#include <vector>
+#include <cstring>
+#include <new>
 
 namespace vantrel::embedded {
 
@@ -77,11 +78,14 @@ void WalIndex::makePrivate(sqlite3_file *mainFile) {
         auto *mapped = static_cast<uint8_t *>(mapRegion(mainFile, region));
         if (mapped == nullptr)
             return;
-        std::vector<uint8_t> copy(mapped, mapped + regionSize);
-        void *replaced =
-            mmap(mapped, regionSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
-        if (replaced != MAP_FAILED)
-            __builtin_memcpy(mapped, copy.data(), copy.size());
+        void *copy = mmap(nullptr, regionSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (copy == MAP_FAILED)
+            throw std::bad_alloc();
+        memcpy(copy, mapped, regionSize);
+        if (mremap(copy, regionSize, regionSize, MREMAP_MAYMOVE | MREMAP_FIXED, mapped) == MAP_FAILED) {
+            munmap(copy, regionSize);
+            throw std::bad_alloc();
+        }
     }
 }
 

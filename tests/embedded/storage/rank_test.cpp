@@ -13,8 +13,8 @@ using namespace vantrel::embedded;
 class OpenGate final : public WriteGate {
   public:
     void enter(Waiting, const std::function<bool()> &begin) override { ASSERT_TRUE(begin()); }
-    void committed() override {}
-    void leave() override {}
+    void committed() noexcept override {}
+    void leave() noexcept override {}
 };
 
 // The physical order of a file of records 1 to 300.
