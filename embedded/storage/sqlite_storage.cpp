@@ -41,6 +41,10 @@ SqliteStorage::SqliteStorage(const std::string &path, const StorageOptions &opti
     prepareTransactions();
     readGeneration_ = database_.prepare("SELECT generation FROM definition WHERE id = 1");
     reload();
+    // As openings of the log are refused that took it for reading for a failure of the moment.
+    if (!options.readOnly && WalIndex::isReadOnly(database_.mainFile()) &&
+        access(logIndexPath_.c_str(), W_OK) == 0)
+        throw StatusError{VANTREL_STATUS_PERMISSION_ERROR};
     log_ = identityAt(logPath_);
     logIndex_ = identityAt(logIndexPath_);
     setAccelerated(options.accelerated);

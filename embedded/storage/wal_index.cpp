@@ -11,13 +11,15 @@ namespace {
 
 constexpr int regionSize = 32768;
 
-void *mapRegion(sqlite3_file *mainFile, int region) {
+int mapRegion(sqlite3_file *mainFile, int region, void volatile **mapped) {
     if (mainFile == nullptr || mainFile->pMethods->iVersion < 2)
-        return nullptr;
+        return SQLITE_CANTOPEN;
+    return mainFile->pMethods->xShmMap(mainFile, region, regionSize, 0, mapped);
+}
+
+void *mapRegion(sqlite3_file *mainFile, int region) {
     void volatile *mapped = nullptr;
-    if (mainFile->pMethods->xShmMap(mainFile, region, regionSize, 0, &mapped) != SQLITE_OK)
-        return nullptr;
-    return const_cast<void *>(mapped);
+    return mapRegion(mainFile, region, &mapped) == SQLITE_OK ? const_cast<void *>(mapped) : nullptr;
 }
 
 uint64_t load(const uint64_t *word) {
@@ -63,6 +65,11 @@ bool WalIndex::equals(const Header &header) const {
 bool WalIndex::logIsEmpty(sqlite3_file *mainFile) {
     Header header = read(mainFile);
     return shared_ != nullptr && lastFrameOf(header) == 0;
+}
+
+bool WalIndex::isReadOnly(sqlite3_file *mainFile) {
+    void volatile *mapped = nullptr;
+    return (mapRegion(mainFile, 0, &mapped) & 0xFF) == SQLITE_READONLY;
 }
 
 uint32_t WalIndex::pagesOnlyInLog(sqlite3_file *mainFile) {

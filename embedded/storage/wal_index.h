@@ -23,6 +23,9 @@ class WalIndex {
     // How many pages were committed to the log that the database lacks.
     uint32_t pagesOnlyInLog(sqlite3_file *mainFile);
 
+    // Whether it could be opened for reading only.
+    static bool isReadOnly(sqlite3_file *mainFile);
+
     // Replaces the mapping by a private copy: what a forked child then does to it stays its own.
     static void makePrivate(sqlite3_file *mainFile);
 

@@ -144,6 +144,11 @@ TEST(EveryCallTest, OfChangesThatOverwriteTheLog) {
     failEach(FaultKind::callFails, "Checkpoint");
 }
 
+// SQLite takes files for reading where they cannot be opened for writing.
+TEST(EveryCallTest, OfAnOpening) {
+    failEach(FaultKind::callFails, "OpenAndChangeAfterDeath");
+}
+
 // Synced bytes and names survive, of the others some.
 TEST_P(FaultTest, PowerLossLeavesWhatIsDurable) {
     bool isDurable = std::any_of(GetParam().work.begin(), GetParam().work.end(),

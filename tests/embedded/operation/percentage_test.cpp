@@ -163,4 +163,20 @@ TEST_F(PercentageTest, ALockBiasLocksTheRecordFound) {
     EXPECT_EQ(other.call(244, &otherBlock, percentage(5000), "", physical, 4).status, 0);
 }
 
+// The first to ask has the records counted, which is a change of its own.
+TEST_F(PercentageTest, AskingInsideATransactionKeepsItsLocks) {
+    constexpr uint32_t beginConcurrent = 1019, getEqual = 5, multipleWait = 300, multipleNoWait = 400;
+    for (const char *record : {"b1x1", "c0x2", "a1y3"})
+        insert(record);
+    EngineSession other(2);
+    EngineSession::PositionBlock otherBlock{};
+    ASSERT_EQ(other.open(&otherBlock, path), 0);
+    ASSERT_EQ(session.call(beginConcurrent, nullptr).status, 0);
+    ASSERT_EQ(session.call(getEqual + multipleWait, &block, "", "c0", 0, 4).status, 0);
+    EXPECT_EQ(read(percentage(0), physical), "b1x1");
+    EXPECT_EQ(other.call(getEqual + multipleNoWait, &otherBlock, "", "c0", 0, 4).status, 84);
+    ASSERT_EQ(session.call(21, nullptr).status, 0);
+    EXPECT_EQ(other.call(getEqual + multipleNoWait, &otherBlock, "", "c0", 0, 4).status, 0);
+}
+
 }  // namespace
