@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -32,20 +31,23 @@ sqlite3_vfs *baseVfs() {
     return base;
 }
 
-// SQLite takes a file for reading where it cannot be opened for writing; one that may be written is not left
-// so for a failure of the moment.
+// SQLite takes a file for reading where it cannot be opened for writing, and gives a log the rights of its
+// database only then: one that may be written is opened again, and not left so for a failure of the moment.
 int openReal(const char *name, sqlite3_file *file, int flags, int *flagsGiven) {
-    int given = 0;
-    int code = baseVfs()->xOpen(baseVfs(), name, file, flags, &given);
-    if (flagsGiven != nullptr)
-        *flagsGiven = given;
-    bool isRefused = code == SQLITE_OK && (flags & SQLITE_OPEN_READWRITE) != 0 &&
-                     (given & SQLITE_OPEN_READONLY) != 0 && access(name, W_OK) == 0;
-    if (!isRefused)
-        return code;
-    file->pMethods->xClose(file);
-    file->pMethods = nullptr;
-    errno = EIO;
+    for (bool isSecond : {false, true}) {
+        int given = 0;
+        int code = baseVfs()->xOpen(baseVfs(), name, file, flags, &given);
+        if (flagsGiven != nullptr)
+            *flagsGiven = given;
+        bool isLess =
+            code == SQLITE_OK && (flags & SQLITE_OPEN_READWRITE) != 0 && (given & SQLITE_OPEN_READONLY) != 0;
+        if (!isLess || access(name, W_OK) != 0)
+            return code;
+        file->pMethods->xClose(file);
+        file->pMethods = nullptr;
+        if (isSecond)
+            break;
+    }
     return SQLITE_CANTOPEN;
 }
 
