@@ -102,6 +102,23 @@ TEST_F(FailedSyncTest, WhatFailedDoesNotComeBack) {
     }
 }
 
+// Of one log or all, in the background too, which would have synced before. The first change of a log, which
+// is synced itself, has to be made before.
+class FailingSyncs {
+  public:
+    explicit FailingSyncs(const std::string &directory, const std::string &path = {})
+        : decide_([path](const SystemCall &call) {
+              return call.name == "fsync" && (path.empty() || call.path == path) ? Fate::fails
+                                                                                 : Fate::happens;
+          }),
+          mine_(directory, decide_),
+          others_(directory, decide_, SystemCallWatch::Threads::others) {}
+
+  private:
+    SystemCallWatch::Decision decide_;
+    SystemCallWatch mine_, others_;
+};
+
 using ResetTest = CrashTest;
 
 TEST_F(ResetTest, AllIsEndedWhateverFails) {
@@ -110,13 +127,14 @@ TEST_F(ResetTest, AllIsEndedWhateverFails) {
     for (uint32_t operation : {stop, reset}) {
         ThreeFiles files(directory, 1);
         ASSERT_EQ(files.open(), 0);
-        for (auto &block : files.blocks)
-            ASSERT_EQ(files.session.call(2, &block, operation == stop ? "e1" : "f1", "", -1).status, 0);
+        auto insert = [&](const std::string &record) {
+            for (auto &block : files.blocks)
+                ASSERT_EQ(files.session.call(2, &block, record, "", -1).status, 0);
+        };
+        insert(operation == stop ? "e1" : "f1");
         {
-            SystemCallWatch watch(directory.path(), [&](const SystemCall &call) {
-                return call.name == "fsync" && call.path == directory / "first-wal" ? Fate::fails
-                                                                                    : Fate::happens;
-            });
+            FailingSyncs failing(directory.path(), directory / "first-wal");
+            insert(operation == stop ? "g1" : "h1");
             EXPECT_EQ(files.session.call(operation, nullptr).status, 2);
         }
         ThreeFiles other(directory, 2);
@@ -131,9 +149,8 @@ TEST_F(FailedSyncTest, AFileStaysOpenWhereItCannotBeSyncedToClose) {
         ASSERT_EQ(mine.open({0, 1, 2}, mode), 0);
         ASSERT_EQ(mine.session.call(2, mine.blocks.data(), "c2", "", -1).status, 0);
         {
-            SystemCallWatch watch(directory.path(), [](const SystemCall &call) {
-                return call.name == "fsync" ? Fate::fails : Fate::happens;
-            });
+            FailingSyncs failing(directory.path());
+            ASSERT_EQ(mine.session.call(2, mine.blocks.data(), "g2", "", -1).status, 0);
             ASSERT_EQ(mine.close(0), 2);
         }
         ASSERT_EQ(mine.session.call(2, mine.blocks.data(), "e2", "", -1).status, 0);
